@@ -10,10 +10,10 @@
 #include <string>
 #include <vector>
 
-#include "core/hardware/BoxConfig.h"
-#include "core/hardware/HandOverCounters.h"
 #include "core/hardware/ReceiveCallback.h"
-#include "core/hardware/TransmitTypes.h"
+#include "core/hardware/boxdev/BoxConfig.h"
+#include "core/hardware/boxdev/HandOverCounters.h"
+#include "core/hardware/boxdev/TransmitTypes.h"
 
 namespace rv {
 

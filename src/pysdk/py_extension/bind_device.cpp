@@ -2,7 +2,9 @@
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 
+#include <limits>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,14 +23,18 @@ using CanSettings = rv::CanChannelSettings;
 using LinSettings = rv::LinChannelSettings;
 using EthSettings = rv::EthChannelSettings;
 
-#define QUILL_LIMITED(record, member, type, min, max)             \
-    #member, [](const record& self) { return self.member; },     \
-        [](record& self, Ranged<#member, type, min, max> value) { \
-            self.member = value.value;                            \
-        }
-#define QUILL_PERCENT(record, member)                         \
-    #member, [](const record& self) { return self.member; }, \
-        [](record& self, RangedDouble<#member, 50, 95> value) { self.member = value.value; }
+#define QUILL_LIMITED(record, member, type, min, max)                                    \
+#member,                                                                             \
+        [](const record& self) { return self.member; },                                  \
+                                                     [](record & self,                   \
+                                                        Ranged <#member, type, min, max> \
+                                                            value) { self.member = value.value; }
+#define QUILL_PERCENT(record, member)                                                  \
+#member,                                                                           \
+        [](const record& self) { return self.member; },                                \
+                                                     [](record & self,                 \
+                                                        RangedDouble <#member, 50, 95> \
+                                                            value) { self.member = value.value; }
 
 void bindDeviceType(py::module_& m) {
     py::enum_<DeviceType>(m, "DeviceType", py::arithmetic(), "Kind of box.")
@@ -115,8 +121,7 @@ void bindEthSettings(py::module_& m) {
         .def(makeFromKeywords<EthSettings>())
         .def_property(QUILL_LIMITED(EthSettings, channel, int32_t, 0, 255), "Counted from 0.")
         .def_readwrite("enabled", &EthSettings::enabled, "Channel takes part in traffic.")
-        .def_property(QUILL_LIMITED(EthSettings, speed, int32_t, 100, 1000),
-                      "Mbit/s: 100 or 1000.")
+        .def_property(QUILL_LIMITED(EthSettings, speed, int32_t, 100, 1000), "Mbit/s: 100 or 1000.")
         .def_readwrite("master", &EthSettings::master, "True: master, False: slave.")
         .def("__repr__", [](const EthSettings& self) { return toText(self); });
     addEquality(type);
@@ -176,8 +181,7 @@ void bindHandle(py::module_& m) {
     addCopies(type);
 }
 
-std::vector<DeviceHandle> getDeviceList(DeviceType type,
-                                        Ranged<"timeout", int64_t> timeout) {
+std::vector<DeviceHandle> getDeviceList(DeviceType type, Ranged<"timeout", int64_t> timeout) {
     if (type != All) {
         py::print("no support other type device!!!");
         return {};
@@ -191,9 +195,9 @@ bool getDeviceConfig(DeviceHandle& handle) {
     return PySDKEntry::instance().readConfig(handle);
 }
 
-bool setDeviceConfig(DeviceHandle& handle, const DeviceConfig* config) {
+bool setDeviceConfig(DeviceHandle& handle, const std::optional<DeviceConfig>& config) {
     checkAddress(handle);
-    if (config != nullptr) handle.config = *config;
+    if (config) handle.config = *config;
     return PySDKEntry::instance().writeConfig(handle);
 }
 

@@ -59,9 +59,7 @@ void addLinSubscriptions(py::module_& m) {
 void addIdSubscriptions(py::module_& m) {
     m.def(
         "subscribeCanFrameById",
-        [](CanId id, const CanCallback& callback) {
-            registries().addId(id, callback.callback);
-        },
+        [](CanId id, const CanCallback& callback) { registries().addId(id, callback.callback); },
         py::arg("id"), py::arg("callback"),
         "Count the CAN frames with an identifier and call a callable with them, while a "
         "subscription of their box runs.");

@@ -20,17 +20,23 @@ using Payload = BytesField<"data", ByteList::kCapacity>;
 
 // The members of packed records cannot be bound to references, so every attribute is a pair of
 // functions.
-#define QUILL_FIELD(record, member, type)                                               \
-    #member, [](const record& self) { return self.member; },                            \
-        [](record& self, Ranged<#member, type> value) { self.member = value; }
-#define QUILL_FLAG(member)                                                              \
-    #member, [](const CANRawFrame& self) { return self.extend.member(); },              \
+#define QUILL_FIELD(record, member, type)                                           \
+#member, [](const record& self) { return self.member; },                        \
+                                                          [](record & self,         \
+                                                             Ranged <#member, type> \
+                                                                 value) { self.member = value; }
+#define QUILL_FLAG(member) \
+#member, [](const CANRawFrame& self) { return self.extend.member(); },              \
         [](CANRawFrame& self, BitField<#member> value) {                                \
             self.extend.set##member(value.value != 0);                                  \
         }
-#define QUILL_WORD_FLAG(member)                                                         \
-    #member, [](const CANFrameExtend& self) { return self.member(); },                  \
-        [](CANFrameExtend& self, BitField<#member> value) { self.set##member(value.value != 0); }
+#define QUILL_WORD_FLAG(member)                                        \
+#member,                                                           \
+        [](const CANFrameExtend&                                       \
+               self) { return self.member(); },                        \
+                                             [](CANFrameExtend & self, \
+                                                BitField <#member>     \
+                                                    value) { self.set##member(value.value != 0); }
 
 template <class Class>
 void addTimestamp(Class& type) {

@@ -12,17 +12,20 @@ namespace py = pybind11;
 namespace scripts {
 namespace {
 
-#define QUILL_NUMBER(record, member, type)                    \
-    #member, [](const record& self) { return self.member; }, \
-        [](record& self, Ranged<#member, type> value) { self.member = value; }
+#define QUILL_NUMBER(record, member, type)                                          \
+#member, [](const record& self) { return self.member; },                        \
+                                                          [](record & self,         \
+                                                             Ranged <#member, type> \
+                                                                 value) { self.member = value; }
 
 void bindSlot(py::module_& m) {
     using Slot = ScheduleTableSlot;
     py::class_<Slot> type(m, "ScheduleTableSlot", "One slot of a LIN schedule table.");
     type.def(py::init<>())
         .def(makeFromKeywords<Slot>())
-        .def_property_readonly("debug_str", [](const Slot& self) { return debugText(self); },
-                               "All fields as text, one a line.")
+        .def_property_readonly(
+            "debug_str", [](const Slot& self) { return debugText(self); },
+            "All fields as text, one a line.")
         .def_property(QUILL_NUMBER(Slot, id, int32_t), "Frame identifier.")
         .def_property(QUILL_NUMBER(Slot, time_interval, uint64_t), "Time of the slot in ms.")
         .def_property(QUILL_NUMBER(Slot, msg_type, uint32_t),
@@ -50,16 +53,19 @@ void bindTable(py::module_& m) {
         .def(makeFromKeywords<Table>())
         .def_property(QUILL_NUMBER(Table, channel_id, int32_t),
                       "LIN channel of the box, counted from 0.")
-        .def_property_readonly("debug_str", [](const Table& self) { return debugText(self); },
-                               "All fields as text, one a line.")
+        .def_property_readonly(
+            "debug_str", [](const Table& self) { return debugText(self); },
+            "All fields as text, one a line.")
         .def(
             "add_slot",
             [](Table& self, const ScheduleTableSlot& slot) { self.slots.push_back(slot); },
             py::arg("slot"), "Append a copy of a slot.")
-        .def("slot_array_size", [](const Table& self) { return self.slots.size(); },
-             "Number of slots.")
-        .def("slot_array", [](const Table& self) { return self.slots; },
-             "The slots, a list of copies.")
+        .def(
+            "slot_array_size", [](const Table& self) { return self.slots.size(); },
+            "Number of slots.")
+        .def(
+            "slot_array", [](const Table& self) { return self.slots; },
+            "The slots, a list of copies.")
         .def_readwrite("name", &Table::name, "Name of the table.")
         .def("__repr__",
              [](const Table& self) { return "LinScheduleTable(\n" + debugText(self) + ")"; });

@@ -2,6 +2,7 @@
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 
+#include <optional>
 #include <string>
 
 #include "pysdk/py_extension/bindings.h"
@@ -19,9 +20,12 @@ using rv::FrameUpdate;
 using Ms = Ranged<"ms", int32_t>;
 using Count = Ranged<"limitCount", int32_t>;
 
-#define QUILL_BITS(member, min, max)                                   \
-    #member, [](const FrameUpdate& self) { return self.member; },     \
-        [](FrameUpdate& self, Ranged<#member, int32_t, min, max> value) { self.member = value; }
+#define QUILL_BITS(member, min, max)                                                             \
+#member,                                                                                     \
+        [](const FrameUpdate& self) { return self.member; },                                     \
+                                                          [](FrameUpdate & self,                 \
+                                                             Ranged <#member, int32_t, min, max> \
+                                                                 value) { self.member = value; }
 
 void bindFrameUpdate(py::module_& m) {
     constexpr size_t kMaxKey = 256;
@@ -79,35 +83,36 @@ void bindCyclicHandle(py::module_& m) {
     using Handle = CANCyclicFrameHandle;
     py::class_<Handle> type(m, "CANCyclicFrameHandle", "A frame that a box sends cyclically.");
     type.def(py::init<>())
-        .def_property_readonly("gid", [](const Handle& self) { return self.gid; },
-                               "Identifier of the job.")
-        .def_property_readonly("deviceInfo",
-                               [](const Handle& self) { return self.deviceInfo; },
-                               "DeviceHandle of the box that sends the frame.")
+        .def_property_readonly(
+            "gid", [](const Handle& self) { return self.gid; }, "Identifier of the job.")
+        .def_property_readonly(
+            "deviceInfo", [](const Handle& self) { return self.deviceInfo; },
+            "DeviceHandle of the box that sends the frame.")
         .def_property(
             "ms", [](const Handle& self) { return self.ms; },
             [](Handle& self, Ms value) { self.ms = value; }, "Cycle time in ms.")
-        .def_property_readonly("result",
-                               [](const Handle& self) { return static_cast<int>(self.result); },
-                               "What the start came to, a SendResult as int; 0: the job runs.")
-        .def("__repr__", [](const Handle& self) {
-            return toText(self, connectionStatus(self.deviceInfo));
-        });
+        .def_property_readonly(
+            "result", [](const Handle& self) { return static_cast<int>(self.result); },
+            "What the start came to, a SendResult as int; 0: the job runs.")
+        .def("__repr__",
+             [](const Handle& self) { return toText(self, connectionStatus(self.deviceInfo)); });
     addEquality(type);
     addCopies(type);
 }
 
 template <FrameFormat Format>
-void send(const DeviceHandle& handle, const CANRawFrame& frame, const FrameUpdate* update) {
+void send(const DeviceHandle& handle, const CANRawFrame& frame,
+          const std::optional<FrameUpdate>& update) {
     checkAddress(handle);
-    PySDKEntry::instance().sendFrame(handle, frame, Format, update);
+    PySDKEntry::instance().sendFrame(handle, frame, Format, update ? &*update : nullptr);
 }
 
 template <FrameFormat Format>
 CANCyclicFrameHandle start(const DeviceHandle& handle, const CANRawFrame& frame, Ms ms,
-                           Count limitCount, const FrameUpdate* update) {
+                           Count limitCount, const std::optional<FrameUpdate>& update) {
     checkAddress(handle);
-    return PySDKEntry::instance().startCyclic(handle, frame, ms, limitCount, Format, update);
+    return PySDKEntry::instance().startCyclic(handle, frame, ms, limitCount, Format,
+                                              update ? &*update : nullptr);
 }
 
 int stop(const CANCyclicFrameHandle& cyclic) {

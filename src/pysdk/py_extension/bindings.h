@@ -41,7 +41,8 @@ auto makeFromKeywords() {
         const pybind11::object record = pybind11::cast(Record());
         for (const auto& [name, value] : attributes) {
             if (!pybind11::hasattr(record, name)) {
-                throw pybind11::type_error("no attribute named " + std::string(pybind11::str(name)));
+                throw pybind11::type_error("no attribute named " +
+                                           std::string(pybind11::str(name)));
             }
             pybind11::setattr(record, name, value);
         }

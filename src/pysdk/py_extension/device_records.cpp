@@ -31,8 +31,7 @@ std::string toText(const DipData& dip) {
 
 std::string toText(const RVBoxDeviceInfo& info) {
     return fmt::format("RVBoxDeviceInfo(com={}, mac={}, model={}, networkCard={}, sn={}, dip={})",
-                       info.com, info.mac, info.model, info.networkCard, info.sn,
-                       toText(info.dip));
+                       info.com, info.mac, info.model, info.networkCard, info.sn, toText(info.dip));
 }
 
 std::string toText(const rv::CanChannelSettings& settings) {
@@ -40,14 +39,13 @@ std::string toText(const rv::CanChannelSettings& settings) {
         "CanChannelConfig(channel={}, enabled={}, fd={}, bitrate={}, dataBitrate={}, "
         "samplePoint={}, dataSamplePoint={}, termination={}, listenOnly={})",
         settings.channel, settings.enabled, settings.fd, settings.bitrate, settings.dataBitrate,
-        settings.samplePoint, settings.dataSamplePoint, settings.termination,
-        settings.listenOnly);
+        settings.samplePoint, settings.dataSamplePoint, settings.termination, settings.listenOnly);
 }
 
 std::string toText(const rv::LinChannelSettings& settings) {
-    return fmt::format("LinChannelConfig(channel={}, enabled={}, baudrate={}, master={}, version={})",
-                       settings.channel, settings.enabled, settings.baudrate, settings.master,
-                       settings.version);
+    return fmt::format(
+        "LinChannelConfig(channel={}, enabled={}, baudrate={}, master={}, version={})",
+        settings.channel, settings.enabled, settings.baudrate, settings.master, settings.version);
 }
 
 std::string toText(const rv::EthChannelSettings& settings) {

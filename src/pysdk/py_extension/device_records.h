@@ -38,7 +38,8 @@ public:
 
     ChannelList() = default;
     explicit ChannelList(const std::vector<Settings>& from) {
-        for (const Settings& settings : from) m_items.push_back(std::make_shared<Settings>(settings));
+        for (const Settings& settings : from)
+            m_items.push_back(std::make_shared<Settings>(settings));
     }
     ChannelList(const ChannelList& other) : ChannelList(other.values()) {}
     ChannelList(ChannelList&&) noexcept = default;
@@ -67,7 +68,8 @@ struct DeviceConfig {
     ChannelList<rv::EthChannelSettings> eth;
 
     DeviceConfig() = default;
-    explicit DeviceConfig(const rv::BoxConfig& from) : can(from.can), lin(from.lin), eth(from.eth) {}
+    explicit DeviceConfig(const rv::BoxConfig& from)
+        : can(from.can), lin(from.lin), eth(from.eth) {}
     [[nodiscard]] rv::BoxConfig toBoxConfig() const {
         return {can.values(), lin.values(), eth.values()};
     }

@@ -23,8 +23,7 @@ void FrameDelivery::close() {
     m_registries.close();
 }
 
-void FrameDelivery::deliver(rv::FrameType type, rv::FrameHolder& frame,
-                            const rv::FrameInfo& info) {
+void FrameDelivery::deliver(rv::FrameType type, rv::FrameHolder& frame, const rv::FrameInfo& info) {
     step(m_in);
     if (m_closed.load(std::memory_order_acquire)) {
         step(m_dropped);
@@ -57,7 +56,8 @@ void FrameDelivery::callOne(const ScriptCallback& callback, rv::FrameType type,
     if (!m_closed.load(std::memory_order_acquire)) {
         step(m_calls);
         PyObject* record = m_objects.make(type, frame);
-        PyObject* result = record == nullptr ? nullptr : PyObject_CallOneArg(callback.get(), record);
+        PyObject* result =
+            record == nullptr ? nullptr : PyObject_CallOneArg(callback.get(), record);
         if (result == nullptr) {
             m_registries.countError(type);
             // One raising script must not end delivery for the others.

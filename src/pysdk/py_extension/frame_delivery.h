@@ -15,7 +15,7 @@ namespace scripts {
 // in = out + dropped, held counting a frame whose callable runs.
 struct DeliveryCounters {
     uint64_t in = 0;
-    uint64_t out = 0;      // frames for which at least one callable was called
+    uint64_t out = 0;  // frames for which at least one callable was called
     uint64_t held = 0;
     uint64_t dropped = 0;  // frames that nobody subscribed to
     uint64_t calls = 0;

@@ -88,7 +88,8 @@ public:
     }
     [[nodiscard]] std::string_view text() const {
         const char* from = block();
-        return from == nullptr ? std::string_view() : std::string_view(from + sizeof(size_t), size());
+        return from == nullptr ? std::string_view()
+                               : std::string_view(from + sizeof(size_t), size());
     }
     [[nodiscard]] std::span<const uint8_t> bytes() const {
         const std::string_view all = text();

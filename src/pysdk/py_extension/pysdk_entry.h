@@ -43,11 +43,14 @@ public:
     [[nodiscard]] bool writeConfig(scripts::DeviceHandle& handle);
     [[nodiscard]] std::string statusText(const scripts::DeviceHandle& handle);
 
+    // Settings of an update belong to the caller and stay unchanged for the whole call.
     rv::BoxResult sendFrame(const scripts::DeviceHandle& handle, const scripts::CANRawFrame& frame,
                             scripts::FrameFormat format, const rv::FrameUpdate* update);
-    [[nodiscard]] scripts::CANCyclicFrameHandle startCyclic(
-        const scripts::DeviceHandle& handle, const scripts::CANRawFrame& frame, int32_t ms,
-        int32_t limitCount, scripts::FrameFormat format, const rv::FrameUpdate* update);
+    [[nodiscard]] scripts::CANCyclicFrameHandle startCyclic(const scripts::DeviceHandle& handle,
+                                                            const scripts::CANRawFrame& frame,
+                                                            int32_t ms, int32_t limitCount,
+                                                            scripts::FrameFormat format,
+                                                            const rv::FrameUpdate* update);
     [[nodiscard]] rv::BoxResult stopCyclic(const scripts::CANCyclicFrameHandle& cyclic);
     [[nodiscard]] rv::BoxResult pauseCyclic(const scripts::CANCyclicFrameHandle& cyclic);
     [[nodiscard]] rv::BoxResult resumeCyclic(const scripts::CANCyclicFrameHandle& cyclic);

@@ -56,10 +56,8 @@ BoxResult PySDKEntry::sendFrame(const DeviceHandle& handle, const CANRawFrame& f
         return BoxResult::InvalidParam;
     }
     const QString id = QString::fromStdString(handle.deviceInfo.mac);
-    // Copied while the interpreter lock keeps other script threads off the record.
-    const rv::FrameUpdate settings = update != nullptr ? *update : rv::FrameUpdate();
     const InterpreterRelease released;
-    return boxes.sendCanFrame(id, *out, update != nullptr ? &settings : nullptr);
+    return boxes.sendCanFrame(id, *out, update);
 }
 
 CANCyclicFrameHandle PySDKEntry::startCyclic(const DeviceHandle& handle, const CANRawFrame& frame,

@@ -53,8 +53,8 @@ void PySDKEntry::waitScanBoxResult(int64_t timeoutMs) {
     const quill::log::ScopeTimer timer(kPysdk, "PySDKEntry::waitScanBoxResult",
                                        spdlog::source_loc{kFile, __LINE__, "waitScanBoxResult"});
     constexpr int64_t kLongestMs = std::numeric_limits<int64_t>::max() / 1'000'000;
-    const std::chrono::nanoseconds timeout(
-        std::clamp(timeoutMs, -kLongestMs, kLongestMs) * 1'000'000);
+    const std::chrono::nanoseconds timeout(std::clamp(timeoutMs, -kLongestMs, kLongestMs) *
+                                           1'000'000);
     rv::RVBoxManager& boxes = *m_manager;
     const auto start = steady_clock::now();
     std::vector<std::string> macs = knownMacs(boxes);
@@ -101,7 +101,8 @@ std::optional<scripts::RVBoxDeviceInfo> PySDKEntry::GetDeviceInfo(const std::str
     rv::RVBoxManager& boxes = *m_manager;
     const auto start = steady_clock::now();
     const InterpreterRelease released;
-    const std::optional<rv::BoxIdentity> identity = boxes.fetchIdentity(QString::fromStdString(mac));
+    const std::optional<rv::BoxIdentity> identity =
+        boxes.fetchIdentity(QString::fromStdString(mac));
     QUILL_INFO(kPysdk, "get device({}) info {}", mac, outcome(identity.has_value()));
     QUILL_INFO(kPysdk, "get device({}) info {} cost {} ms", mac, outcome(identity.has_value()),
                quill::log::elapsedMs(start));

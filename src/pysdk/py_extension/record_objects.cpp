@@ -49,10 +49,14 @@ PyObject* makeInstance(PyTypeObject*& type, const rv::Frame& frame) {
 
 PyObject* RecordObjects::make(rv::FrameType type, const rv::Frame& frame) {
     switch (type) {
-        case rv::FrameType::Can: return makeInstance<CANRawFrame>(m_can, frame);
-        case rv::FrameType::Lin: return makeInstance<LinFrame>(m_lin, frame);
-        case rv::FrameType::Ethernet: return makeInstance<EthFrame>(m_eth, frame);
-        default: break;
+        case rv::FrameType::Can:
+            return makeInstance<CANRawFrame>(m_can, frame);
+        case rv::FrameType::Lin:
+            return makeInstance<LinFrame>(m_lin, frame);
+        case rv::FrameType::Ethernet:
+            return makeInstance<EthFrame>(m_eth, frame);
+        default:
+            break;
     }
     PyErr_SetString(PyExc_RuntimeError, "no record for this kind of frame");
     return nullptr;

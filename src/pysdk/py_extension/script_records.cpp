@@ -17,9 +17,12 @@ uint64_t joinTime(uint32_t seconds, uint32_t nanoseconds) {
 
 const char* checkTypeText(uint8_t checkMode) {
     switch (checkMode) {
-        case 0: return "Classic";
-        case 1: return "Enhance";
-        default: return "";
+        case 0:
+            return "Classic";
+        case 1:
+            return "Enhance";
+        default:
+            return "";
     }
 }
 
@@ -92,9 +95,9 @@ std::string EthFrame::toText() const {
 }
 
 bool CANRawFrame::operator==(const CANRawFrame& other) const {
-    return timestampNs() == other.timestampNs() && channelId == other.channelId &&
-           id == other.id && extend == other.extend && data == other.data &&
-           parsed == other.parsed && name == other.name && dir == other.dir;
+    return timestampNs() == other.timestampNs() && channelId == other.channelId && id == other.id &&
+           extend == other.extend && data == other.data && parsed == other.parsed &&
+           name == other.name && dir == other.dir;
 }
 
 bool LinFrame::operator==(const LinFrame& other) const {

@@ -81,7 +81,8 @@ CallbackTargets ScriptRegistries::targetsOf(rv::FrameType type, const rv::Frame&
         case rv::FrameType::Ethernet:
             targets.device = find(m_ethByDevice, borrowedKey(deviceId));
             break;
-        default: break;  // FlexRay frames are recorded only
+        default:
+            break;  // FlexRay frames are recorded only
     }
     return targets;
 }

@@ -83,8 +83,8 @@ std::vector<uint8_t> readBytes(py::handle value, const char* field, size_t maxLe
     if (PyBytes_Check(source) || PyByteArray_Check(source)) {
         const bool fixed = PyBytes_Check(source);
         const char* from = fixed ? PyBytes_AS_STRING(source) : PyByteArray_AS_STRING(source);
-        const auto count = static_cast<size_t>(fixed ? PyBytes_GET_SIZE(source)
-                                                     : PyByteArray_GET_SIZE(source));
+        const auto count =
+            static_cast<size_t>(fixed ? PyBytes_GET_SIZE(source) : PyByteArray_GET_SIZE(source));
         if (count > maxLength) {
             throw py::value_error(
                 fmt::format("{} must hold at most {} bytes, not {}", field, maxLength, count));

@@ -88,8 +88,6 @@ std::optional<rv::CanSendFrame> toSendFrame(const CANRawFrame& frame, FrameForma
     return out;
 }
 
-std::string makeJobId() {
-    return QUuid::createUuid().toString(QUuid::WithoutBraces).toStdString();
-}
+std::string makeJobId() { return QUuid::createUuid().toString(QUuid::WithoutBraces).toStdString(); }
 
 }  // namespace scripts

@@ -34,8 +34,7 @@ struct CANCyclicFrameHandle {
 // The frame as a box sends it. Without a DLC the record's data gives it; a DLC that disagrees with
 // the data is refused, as is a length that no CAN frame has. `reason` is set on failure.
 [[nodiscard]] std::optional<rv::CanSendFrame> toSendFrame(const CANRawFrame& frame,
-                                                          FrameFormat format,
-                                                          std::string& reason);
+                                                          FrameFormat format, std::string& reason);
 
 // Identifier of a new cyclic job.
 [[nodiscard]] std::string makeJobId();

@@ -78,7 +78,7 @@ INSTANTIATE_TEST_SUITE_P(
                       BadKey{"noJobName", "/cycle_uuid", "\"\"", "cycle_uuid"},
                       BadKey{"otherOption", "/cycle_option", "\"twice\"", "cycle_option"},
                       BadKey{"crcCode", "/crc_type", "256", "crc_type"}),
-    [](const auto& info) { return std::string(info.param.name); });
+    [](const auto& row) { return std::string(row.param.name); });
 
 TEST(LinScheduleDocument, survivesTheRoundTripAndNamesTheBadSlot) {
     LinScheduleRequest table{2, "normal", {{0x10, 10, 4, 1, {1, 2}}, {0x3D, 20, 3, 0, {}}}};

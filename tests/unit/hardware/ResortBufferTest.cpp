@@ -49,7 +49,7 @@ INSTANTIATE_TEST_SUITE_P(
                       HoldCase{"longAgo", 1'700'000'000'000, 5, true},
                       HoldCase{"largestSeconds", 4'294'967'295'000 + 241, 4'294'967'295'000'000'000,
                                true}),
-    [](const auto& info) { return std::string(info.param.name); });
+    [](const auto& row) { return std::string(row.param.name); });
 
 TEST(ResortBuffer, anEmptyBufferGivesNothing) {
     RVFrameResortBuffer buffer;
@@ -66,13 +66,13 @@ TEST(ResortBuffer, equalsSortingTheWholeQueueEachTime) {
     RVFrameResortBuffer buffer([&] { return nowMs; });
     std::vector<uint64_t> reference;
     for (int round = 0; round < 400; ++round) {
-        for (unsigned batch = random() % 5; batch > 0; --batch) {
+        for (uint64_t batch = random() % 5; batch > 0; --batch) {
             uint64_t stamp =
                 static_cast<uint64_t>(nowMs - 200 + static_cast<int64_t>(random() % 150)) *
                 1'000'000U;
             if (random() % 20 == 0) stamp -= 5'000'000'000U;  // a box whose clock lags
             std::vector<FrameHolder> frames;
-            for (unsigned i = random() % 40; i > 0; --i) {
+            for (uint64_t i = random() % 40; i > 0; --i) {
                 frames.push_back(frameAt(stamp));
                 reference.push_back(stamp);
                 stamp += random() % 3'000'000;

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "simcore/export.h"
+#include "simcore/founder.h"
 #include "simcore/records.h"
 
 // Control of the virtual box network: what the open device library offers beside the imported
@@ -30,6 +31,15 @@ SIMCORE_API bool setBusStatus(const std::string& box, int32_t channel, int32_t s
 SIMCORE_API bool raiseBusTimeout(const std::string& box, int32_t channel);
 SIMCORE_API bool setDipStatus(const std::string& box, const RvDipStatus& status);
 SIMCORE_API bool setClock(const std::string& box, int64_t offsetNs, double driftPpm);
+
+// The next `times` transmissions of a CAN channel, single and cyclic, are refused; below 0: all
+// until 0 is set.
+SIMCORE_API bool refuseSends(const std::string& box, int32_t channel, int times);
+
+// What a device says about itself, and another description in its place: founder observers hear of
+// the change. Channel counts stay as they are.
+SIMCORE_API bool describeDevice(const std::string& box, RvDeviceDesc& desc);
+SIMCORE_API bool changeDevice(const std::string& box, const RvDeviceDesc& desc);
 
 // The next `times` calls of an imported function fail with `code` (times below 0: every call until
 // 0 is set), or take `delayMs` longer. `function` is the function's name, such as

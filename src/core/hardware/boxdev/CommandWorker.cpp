@@ -43,7 +43,7 @@ void CommandWorker::post(std::shared_ptr<RequestCmdMsg> request, RespondCallback
 RespondCmdMsg CommandWorker::execute(const std::string& text, CallbackOption option) {
     auto request = std::make_shared<RequestCmdMsg>();
     request->text = text;
-    request->id = m_nextId.fetch_add(1);
+    request->id = m_nextId.fetch_add(1) | 0x80000000U;
     const uint32_t id = request->id;
     // Shared, because a late answer may come when the waiting caller is gone.
     auto promise = std::make_shared<std::promise<RespondCmdMsg>>();

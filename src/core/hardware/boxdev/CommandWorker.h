@@ -27,7 +27,8 @@ public:
     CommandWorker& operator=(const CommandWorker&) = delete;
 
     // Registers the callback under the request's identifier, then queues the request. After stop()
-    // the callback is called at once, on the caller's thread, with Stopped.
+    // the callback is called at once, on the caller's thread, with Stopped. Identifiers are the
+    // requester's choice, below 0x80000000.
     void post(std::shared_ptr<RequestCmdMsg> request, RespondCallback callback);
 
     // Posts a document and waits for its answer; a late answer is TimedOut and is then dropped.
@@ -43,7 +44,8 @@ private:
 
     std::string m_threadName;
     Handler m_handler;
-    std::atomic<uint32_t> m_nextId{1};
+    // Identifiers of execute() lie in the upper half, apart from those that requesters choose.
+    std::atomic<uint32_t> m_nextId{0x80000000U};
     std::mutex m_requestMutex;
     std::condition_variable m_requestReady;
     std::deque<std::shared_ptr<RequestCmdMsg>> m_requests;  // guarded by m_requestMutex

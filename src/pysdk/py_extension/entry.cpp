@@ -1,0 +1,81 @@
+// Entry of the module: logging, environment, life cycle, registration.
+#include <pybind11/pybind11.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+
+#include "core/log/Log.h"
+#include "pysdk/py_extension/bindings.h"
+#include "pysdk/py_extension/pysdk_entry.h"
+#include "quill_os/environment.h"
+#include "quill_os/paths.h"
+
+namespace py = pybind11;
+
+namespace {
+
+constexpr const char* kRootVariable = "QuillScriptsSDK_Root";
+// Log readers find the two lines of the import by these places.
+constexpr const char* kEntryFile = "src/pysdk/py_extension/entry";
+constexpr const char* kInitFunction = "pybind11_init_QuillScriptsSDK";
+constexpr int kDirectoryLine = 87;
+constexpr int kRootLine = 93;
+
+void setUpLog() {
+    const auto appData = quill::os::getEnvironment("LocalAPPDATA");
+    if (!appData) throw std::runtime_error("Unable to find AppData directory");
+    const std::filesystem::path directory =
+        quill::os::pathFromUtf8(*appData) / "RV" / "Quill" / "log";
+    std::string reason;
+    if (!quill::log::setup("QuillScriptsSDK", quill::os::pathToUtf8(directory), reason)) {
+        throw std::runtime_error(reason);
+    }
+}
+
+void logAt(int line, const std::string& text) {
+    spdlog::default_logger_raw()->log(spdlog::source_loc{kEntryFile, line, kInitFunction},
+                                      spdlog::level::info, "[{}] {}", quill::log::kPysdk, text);
+}
+
+void setRootVariable(const std::string& directory) {
+    if (quill::os::setEnvironment(kRootVariable, directory)) {
+        // os.environ is a copy that the interpreter took at its start.
+        py::module_::import("os").attr("environ")[py::str(kRootVariable)] = py::str(directory);
+    } else {
+        std::fputs("unable set env\n", stderr);
+    }
+    logAt(kRootLine, quill::os::getEnvironment(kRootVariable).value_or(""));
+}
+
+void addLifeCycle(py::module_& m) {
+    m.def(
+        "load", [] { PySDKEntry::instance(); },
+        "Make the SDK ready and start to look for boxes. Further calls do nothing.");
+    m.def("exit", &PySDKEntry::destroyInstance,
+          "Stop the SDK. To be called once, as the last call into the module.\n\n"
+          "Raises:\n    RuntimeError: called from a frame callable.");
+    // A script may end without exit(): then no callable may run while the interpreter goes.
+    py::module_::import("atexit").attr("register")(
+        py::cpp_function(&PySDKEntry::closeAtInterpreterEnd));
+}
+
+}  // namespace
+
+PYBIND11_MODULE(QuillScriptsSDK, m) {
+    m.doc() = "Scripting of in-vehicle bus interface boxes: CAN, CAN FD, LIN, Ethernet, FlexRay.";
+    setUpLog();
+    const auto directory = py::module_::import("os").attr("getcwd")().cast<std::string>();
+    logAt(kDirectoryLine, directory);
+    setRootVariable(directory);
+    m.attr("__build_time__") = QUILL_BUILD_TIME;
+    m.attr("__version__") = QUILL_VERSION;
+    addLifeCycle(m);
+
+    bindRecords(m);
+    bindScheduleTables(m);
+    bindDevice(m);
+    bindTransmit(m);
+    bindReceive(m);
+}

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <memory>
+
+#include "core/hardware/ReceiveCallback.h"
+#include "pysdk/py_extension/record_objects.h"
+#include "pysdk/py_extension/script_registries.h"
+
+namespace scripts {
+
+// What delivery has done with the frames that reached it. At any quiet moment
+// in = out + dropped, held counting a frame whose callable runs.
+struct DeliveryCounters {
+    uint64_t in = 0;
+    uint64_t out = 0;  // frames for which at least one callable was called
+    uint64_t held = 0;
+    uint64_t dropped = 0;  // frames that nobody subscribed to
+    uint64_t calls = 0;
+    uint64_t errors = 0;  // callables that raised
+};
+
+// Keeps frames beside the callables; runs on the dispatch thread before them.
+using FrameTap = std::function<void(rv::FrameType, const rv::Frame&, const rv::FrameInfo&)>;
+
+// Hands frames of the box manager to script callables. The box manager outlives the entry, so
+// this object belongs to both and stays safe, with nothing to call, once it is closed.
+class FrameDelivery : public rv::FrameReceiver {
+public:
+    void deliver(rv::FrameType type, rv::FrameHolder& frame, const rv::FrameInfo& info) override;
+
+    [[nodiscard]] ScriptRegistries& registries() { return m_registries; }
+    // Set before frames flow.
+    void setTap(FrameTap tap) { m_tap = std::move(tap); }
+    void close();
+
+    [[nodiscard]] DeliveryCounters counters() const;
+    // True on a thread that is inside a script's callable.
+    [[nodiscard]] static bool onDispatchThread();
+
+private:
+    void callScripts(const CallbackTargets& targets, rv::FrameType type, const rv::Frame& frame);
+    void callOne(const ScriptCallback& callback, rv::FrameType type, const rv::Frame& frame);
+
+    ScriptRegistries m_registries;
+    FrameTap m_tap;
+    RecordObjects m_objects;  // guarded by the interpreter lock
+    std::atomic<bool> m_closed{false};
+    // Written by the dispatch thread only.
+    std::atomic<uint64_t> m_in{0};
+    std::atomic<uint64_t> m_out{0};
+    std::atomic<uint64_t> m_dropped{0};
+    std::atomic<uint64_t> m_calls{0};
+};
+
+}  // namespace scripts

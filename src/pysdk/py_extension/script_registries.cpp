@@ -1,0 +1,119 @@
+#include "pysdk/py_extension/script_registries.h"
+
+#include <numeric>
+#include <utility>
+
+namespace scripts {
+namespace {
+
+QByteArray keyOf(const std::string& mac) {
+    return {mac.data(), static_cast<qsizetype>(mac.size())};
+}
+
+// A key for a look-up only; it does not own its text.
+QByteArray borrowedKey(const std::string& mac) {
+    return QByteArray::fromRawData(mac.data(), static_cast<qsizetype>(mac.size()));
+}
+
+template <class Table>
+ScriptCallback find(const Table& table, const typename Table::key_type& key) {
+    const auto found = table.constFind(key);
+    return found == table.constEnd() ? ScriptCallback() : found.value();
+}
+
+}  // namespace
+
+void ScriptRegistries::replace(DeviceTable& table, const std::string& mac,
+                               ScriptCallback& callback) {
+    const std::lock_guard lock(m_mutex);
+    std::swap(table[keyOf(mac)], callback);
+}
+
+void ScriptRegistries::setCan(const std::string& mac, ScriptCallback callback) {
+    replace(m_canByDevice, mac, callback);
+}
+
+void ScriptRegistries::setLin(const std::string& mac, ScriptCallback callback) {
+    replace(m_linByDevice, mac, callback);
+}
+
+void ScriptRegistries::setEth(const std::string& mac, ScriptCallback callback) {
+    replace(m_ethByDevice, mac, callback);
+}
+
+void ScriptRegistries::addId(uint32_t id, ScriptCallback callback) {
+    const std::lock_guard lock(m_mutex);
+    if (!m_idCounters.contains(id)) m_idCounters.insert(id, 0);
+    // The parameter outlives the lock, and with it the callable that was there before.
+    if (callback) std::swap(m_callbackById[id], callback);
+}
+
+void ScriptRegistries::removeId(uint32_t id) {
+    ScriptCallback dropped;
+    const std::lock_guard lock(m_mutex);
+    m_idCounters.remove(id);
+    dropped = m_callbackById.take(id);
+}
+
+uint64_t ScriptRegistries::countOf(uint32_t id) const {
+    const std::lock_guard lock(m_mutex);
+    return m_idCounters.value(id, 0);
+}
+
+CallbackTargets ScriptRegistries::targetsOf(rv::FrameType type, const rv::Frame& frame,
+                                            const std::string& deviceId) {
+    CallbackTargets targets;
+    const std::lock_guard lock(m_mutex);
+    if (m_closed) return targets;
+    switch (type) {
+        case rv::FrameType::Can: {
+            targets.device = find(m_canByDevice, borrowedKey(deviceId));
+            if (m_idCounters.isEmpty()) break;
+            const auto counter = m_idCounters.find(frame.id);
+            if (counter == m_idCounters.end()) break;
+            ++counter.value();
+            targets.byId = find(m_callbackById, frame.id);
+            break;
+        }
+        case rv::FrameType::Lin:
+            targets.device = find(m_linByDevice, borrowedKey(deviceId));
+            break;
+        case rv::FrameType::Ethernet:
+            targets.device = find(m_ethByDevice, borrowedKey(deviceId));
+            break;
+        default:
+            break;  // FlexRay frames are recorded only
+    }
+    return targets;
+}
+
+void ScriptRegistries::countError(rv::FrameType type) {
+    const std::lock_guard lock(m_mutex);
+    ++m_errorsByKind[static_cast<uint8_t>(type)];
+}
+
+uint64_t ScriptRegistries::errors() const {
+    const std::lock_guard lock(m_mutex);
+    return std::accumulate(m_errorsByKind.cbegin(), m_errorsByKind.cend(), uint64_t{0});
+}
+
+void ScriptRegistries::close() {
+    const std::lock_guard lock(m_mutex);
+    m_closed = true;
+}
+
+void ScriptRegistries::clear() {
+    // Moved out under the mutex, dropped in reverse order of declaration after it.
+    DeviceTable can;
+    DeviceTable eth;
+    DeviceTable lin;
+    QHash<uint32_t, ScriptCallback> byId;
+    const std::lock_guard lock(m_mutex);
+    can.swap(m_canByDevice);
+    eth.swap(m_ethByDevice);
+    lin.swap(m_linByDevice);
+    m_idCounters.clear();
+    byId.swap(m_callbackById);
+}
+
+}  // namespace scripts

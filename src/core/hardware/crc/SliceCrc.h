@@ -40,6 +40,7 @@ template <std::unsigned_integral Register>
 template <std::unsigned_integral Register, bool kReflected>
 struct alignas(64) SliceTable {
     static constexpr unsigned kBits = std::numeric_limits<Register>::digits;
+    static constexpr size_t kMet = kBits / 8;
 
     std::array<std::array<Register, 256>, 8> rows{};
 
@@ -54,14 +55,14 @@ struct alignas(64) SliceTable {
     }
 
     // Eight bytes, the first of them in the lowest bits of a reflected word and in the highest of
-    // the other. Only as many of them as the register has meet it; the rest is summed apart, so
-    // that it need not wait for the step before.
-    [[nodiscard]] constexpr Register afterWord(Register state, uint64_t word) const {
-        constexpr size_t kMet = kBits / 8;
+    // the other, are summed in two parts: the bytes that meet the register, and the rest, which
+    // need not wait for the step before.
+    [[nodiscard]] constexpr Register sumOfMet(Register state, uint64_t word) const {
         const uint64_t placed = kReflected ? uint64_t{state} : uint64_t{state} << (64 - kBits);
-        const Register apart = sumFrom<kMet>(word, std::make_index_sequence<8 - kMet>{});
-        const Register met = sumFrom<0>(word ^ placed, std::make_index_sequence<kMet>{});
-        return static_cast<Register>(apart ^ met);
+        return sumFrom<0>(word ^ placed, std::make_index_sequence<kMet>{});
+    }
+    [[nodiscard]] constexpr Register sumOfRest(uint64_t word) const {
+        return sumFrom<kMet>(word, std::make_index_sequence<8 - kMet>{});
     }
 
     // 1 to 7 bytes, looked up side by side.
@@ -133,11 +134,22 @@ template <bool kReflected, std::unsigned_integral Register>
 template <std::unsigned_integral Register, bool kReflected>
 [[nodiscard]] inline Register advance(const SliceTable<Register, kReflected>& table, Register state,
                                       std::span<const uint8_t> data) {
+    const auto load = kReflected ? &Model::codec::loadLittle64 : &Model::codec::loadBig64;
     const uint8_t* bytes = data.data();
     size_t left = data.size();
-    for (; left >= 8; left -= 8, bytes += 8) {
-        state = table.afterWord(
-            state, kReflected ? Model::codec::loadLittle64(bytes) : Model::codec::loadBig64(bytes));
+    if (left >= 8) {
+        uint64_t word = load(bytes);
+        Register rest = table.sumOfRest(word);
+        // A word ahead: the chain from step to step holds the lookups of the met bytes only.
+        for (; left >= 16; left -= 8) {
+            state = static_cast<Register>(table.sumOfMet(state, word) ^ rest);
+            bytes += 8;
+            word = load(bytes);
+            rest = table.sumOfRest(word);
+        }
+        state = static_cast<Register>(table.sumOfMet(state, word) ^ rest);
+        bytes += 8;
+        left -= 8;
     }
     return left == 0 ? state : table.afterTail(state, {bytes, left});
 }

@@ -121,20 +121,13 @@ ClearRange clearRange(bool isBigEndian, uint32_t startBit, uint32_t bitLength) {
 void clearPositions(std::span<uint8_t> payload, ClearRange range) {
     const auto first = static_cast<size_t>(range.first >> 3);
     if (range.empty() || first >= payload.size()) return;
-    auto last = static_cast<size_t>(range.last >> 3);
-    auto lastBits = 0xFFU << (7 - (range.last & 7));
-    if (last >= payload.size()) {
-        last = payload.size() - 1;
-        lastBits = 0xFFU;
+    const auto last = static_cast<size_t>(range.last >> 3);
+    unsigned bits = 0xFFU >> (range.first & 7);
+    for (size_t k = first; k <= last && k < payload.size(); ++k) {
+        if (k == last) bits &= 0xFFU << (7 - (range.last & 7));
+        payload[k] = static_cast<uint8_t>(payload[k] & ~bits);
+        bits = 0xFFU;
     }
-    const auto firstBits = 0xFFU >> (range.first & 7);
-    if (first == last) {
-        payload[first] = static_cast<uint8_t>(payload[first] & ~(firstBits & lastBits));
-        return;
-    }
-    payload[first] = static_cast<uint8_t>(payload[first] & ~firstBits);
-    for (size_t k = first + 1; k < last; ++k) payload[k] = 0;
-    payload[last] = static_cast<uint8_t>(payload[last] & ~lastBits);
 }
 
 // Takes the low 8 bits.

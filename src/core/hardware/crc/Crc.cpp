@@ -1,6 +1,7 @@
 #include "core/hardware/crc/Crc.h"
 
 #include <array>
+#include <concepts>
 #include <cstddef>
 #include <type_traits>
 #include <utility>

@@ -127,8 +127,11 @@ inline constexpr SliceTable<Register, kReflected> kSliceTable =
 template <bool kReflected, std::unsigned_integral Register>
 [[nodiscard]] constexpr Register startState(const CrcParameters<Register>& parameters) {
     constexpr unsigned kBits = std::numeric_limits<Register>::digits;
-    if (kReflected) return reflectBits(parameters.initial, parameters.width);
-    return static_cast<Register>(parameters.initial << (kBits - parameters.width));
+    if constexpr (kReflected) {
+        return reflectBits(parameters.initial, parameters.width);
+    } else {
+        return static_cast<Register>(parameters.initial << (kBits - parameters.width));
+    }
 }
 
 template <std::unsigned_integral Register, bool kReflected>
@@ -158,7 +161,9 @@ template <std::unsigned_integral Register, bool kReflected>
 template <bool kReflected, std::unsigned_integral Register>
 [[nodiscard]] constexpr Register finish(const CrcParameters<Register>& parameters, Register state) {
     constexpr unsigned kBits = std::numeric_limits<Register>::digits;
-    if (!kReflected) state = static_cast<Register>(state >> (kBits - parameters.width));
+    if constexpr (!kReflected) {
+        state = static_cast<Register>(state >> (kBits - parameters.width));
+    }
     if (parameters.reflectOutput != kReflected) state = reflectBits(state, parameters.width);
     return static_cast<Register>(state ^ parameters.finalXor);
 }

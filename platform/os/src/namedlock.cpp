@@ -24,6 +24,7 @@ namespace quill::os {
 NamedLock::NamedLock(const std::string& name, std::chrono::milliseconds timeout) {
     HANDLE mutex = CreateMutexW(nullptr, FALSE, (L"Local\\" + wideFromUtf8(name)).c_str());
     if (mutex == nullptr) return;
+    m_usable = true;
     const DWORD result = WaitForSingleObject(mutex, static_cast<DWORD>(timeout.count()));
     // An abandoned mutex is ours: its holder crashed and guarded nothing that it left half done.
     if (result == WAIT_OBJECT_0 || result == WAIT_ABANDONED) {
@@ -68,11 +69,13 @@ NamedLock::NamedLock(const std::string& name, std::chrono::milliseconds timeout)
     const std::string path = folder + "/" + name + ".lock";
     const int file = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
     if (file < 0) return;
+    m_usable = true;
     const auto deadline = std::chrono::steady_clock::now() + timeout;
     std::chrono::microseconds pause{100};
     while (::flock(file, LOCK_EX | LOCK_NB) != 0) {
-        if ((errno != EWOULDBLOCK && errno != EINTR) ||
-            std::chrono::steady_clock::now() >= deadline) {
+        const bool busy = errno == EWOULDBLOCK || errno == EINTR;
+        if (!busy || std::chrono::steady_clock::now() >= deadline) {
+            m_usable = busy;
             ::close(file);
             return;
         }

@@ -17,6 +17,8 @@ public:
     NamedLock& operator=(const NamedLock&) = delete;
 
     [[nodiscard]] bool held() const;
+    // False when the system gives no such lock at all, so that waiting longer is of no use.
+    [[nodiscard]] bool usable() const { return m_usable; }
 
 private:
 #ifdef _WIN32
@@ -24,6 +26,7 @@ private:
 #else
     int m_file = -1;
 #endif
+    bool m_usable = false;
 };
 
 }  // namespace quill::os

@@ -84,9 +84,9 @@ struct CANFDPhyChannel {
 struct CanFdCluster {
     std::string name;
     std::string protocol;
-    std::string signature;    // version of the protocol
-    int32_t baudRate = 0;     // bit/s
-    int32_t fdBaudRate = 0;   // bit/s of the data phase; 0 when the bus has none
+    std::string signature;   // version of the protocol
+    int32_t baudRate = 0;    // bit/s
+    int32_t fdBaudRate = 0;  // bit/s of the data phase; 0 when the bus has none
     RecordList<CANFDPhyChannel> channels;
     RecordList<CanFdDBCEntry> dbcEntrys;  // all frames, in the order of the file
 

@@ -34,7 +34,7 @@ struct CanDBCEntrySignal {
     double valMax = 0.0;   // physical limits; both 0 when the file gives none
     double valMin = 0.0;
     double factor = 1.0;
-    std::vector<std::string> transmitters;      // senders of the frame
+    std::vector<std::string> transmitters;        // senders of the frame
     std::map<double, std::string> mapValueTable;  // raw value to text
 
     std::vector<std::string> receivers;
@@ -47,7 +47,7 @@ enum class CanFrameFormat : int { Standard = 0, StandardFd = 1, Extended = 2, Ex
 
 // One frame of a DBC database.
 struct CanDBCEntry {
-    int32_t id = 0;  // 11 or 29 bits
+    int32_t id = 0;   // 11 or 29 bits
     int32_t dlc = 0;  // length in bytes
     std::string name;
     std::string comment;

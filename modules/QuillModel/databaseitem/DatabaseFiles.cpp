@@ -19,7 +19,7 @@ namespace {
 namespace fs = std::filesystem;
 using FileHandle = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
-constexpr size_t kHeadBytes = 64 * 1024;       // enough of a document to know it by its keys
+constexpr size_t kHeadBytes = 64 * 1024;        // enough of a document to know it by its keys
 constexpr qsizetype kMaxDocument = 0x7FFFFFF0;  // Qt's parser counts in 32 bits
 
 FileHandle openForRead(const std::string& path) {
@@ -46,8 +46,8 @@ bool readInto(std::FILE* file, QByteArray& bytes) {
     qsizetype used = 0;
     for (;;) {
         if (bytes.size() - used < kStep) bytes.resize(std::max(bytes.size() * 2, used + kStep));
-        const size_t got = std::fread(bytes.data() + used, 1,
-                                      static_cast<size_t>(bytes.size() - used), file);
+        const size_t got =
+            std::fread(bytes.data() + used, 1, static_cast<size_t>(bytes.size() - used), file);
         if (got == 0) break;
         used += static_cast<qsizetype>(got);
         if (used > kMaxDocument) return false;
@@ -111,16 +111,19 @@ DocumentContent readDocumentFile(const std::string& jsonPath) {
     const FileHandle file = openForRead(jsonPath);
     if (!file) {
         const bool missing = errno == ENOENT;
-        return {missing ? DocumentContent::State::Missing : DocumentContent::State::Broken, {},
+        return {missing ? DocumentContent::State::Missing : DocumentContent::State::Broken,
+                {},
                 std::string(" ") + std::strerror(errno)};
     }
     QByteArray bytes;
-    if (!readInto(file.get(), bytes)) return {DocumentContent::State::Broken, {}, " cannot be read"};
+    if (!readInto(file.get(), bytes))
+        return {DocumentContent::State::Broken, {}, " cannot be read"};
     if (bytes.startsWith("\xEF\xBB\xBF")) bytes.remove(0, 3);
     QJsonParseError error{};
     const QJsonDocument document = QJsonDocument::fromJson(bytes, &error);
     if (error.error != QJsonParseError::NoError) {
-        return {DocumentContent::State::Broken, {},
+        return {DocumentContent::State::Broken,
+                {},
                 lineAndColumn(bytes, error.offset) + ": " + error.errorString().toStdString()};
     }
     if (!document.isObject()) {

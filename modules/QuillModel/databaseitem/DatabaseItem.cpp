@@ -159,12 +159,14 @@ bool DatabaseItem::convertAndRead(const std::string& path, const Conversion& con
 
 bool DatabaseItem::removeOldDocument(const std::string& jsonPath) {
     if (isForeignDocument(jsonPath, documentKey())) {
-        QUILL_WARN(quill::log::kDatabase,
-                   "{} was not written by a converter and is now replaced by the database's document",
-                   jsonPath);
+        QUILL_WARN(
+            quill::log::kDatabase,
+            "{} was not written by a converter and is now replaced by the database's document",
+            jsonPath);
     }
     std::string reason;
-    if (!removeDocument(jsonPath, reason)) return fail("cannot replace " + jsonPath + ": " + reason);
+    if (!removeDocument(jsonPath, reason))
+        return fail("cannot replace " + jsonPath + ": " + reason);
     return true;
 }
 

@@ -79,7 +79,8 @@ QueryResult<std::shared_ptr<Frame>> findById(const std::string& path, int64_t id
         const int code = item.pyLoadDB(path) ? kNotFound : kLoadFailed;
         return {code, std::make_shared<Frame>()};
     }
-    return findInFile<Item>(path, {static_cast<int32_t>(static_cast<uint32_t>(id)), {}, false, false});
+    return findInFile<Item>(path,
+                            {static_cast<int32_t>(static_cast<uint32_t>(id)), {}, false, false});
 }
 
 DecodedValue textOrNumber(codec::SignalValue decoded) {
@@ -102,9 +103,9 @@ QueryResult<DecodedValue> decodeFromFile(std::span<const uint8_t> data, const st
     const auto signal = findSignalOrLog(*frame.value, signalName);
     if (!signal) return {kNotFound, {}};
     const codec::SignalLayout bits = layoutOf(*signal);
-    return {kQueryDone, textOrNumber(codec::decodeSignal(
-                            data, bits.isBigEndian, bits.startBit, bits.bitLength, signal->factor,
-                            signal->offset, signal->mapValueTable))};
+    return {kQueryDone, textOrNumber(codec::decodeSignal(data, bits.isBigEndian, bits.startBit,
+                                                         bits.bitLength, signal->factor,
+                                                         signal->offset, signal->mapValueTable))};
 }
 
 template <class Item>

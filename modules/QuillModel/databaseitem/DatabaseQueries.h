@@ -27,8 +27,8 @@ struct QueryResult {
     Value value{};
 };
 
-// The text of the raw value in the signal's value table, else the number: DBC and ARXML the unsigned
-// raw value x factor + offset, LDF the unsigned raw value. Nothing when the query failed.
+// The text of the raw value in the signal's value table, else the number: DBC and ARXML the
+// unsigned raw value x factor + offset, LDF the unsigned raw value. Nothing when the query failed.
 using DecodedValue = std::variant<std::monostate, double, std::string>;
 
 // Whole content of a file as UTF-8 text; bytes that are not UTF-8 are taken as Windows-1252.
@@ -67,9 +67,9 @@ using DecodedValue = std::variant<std::monostate, double, std::string>;
                                                                  const std::string& frameName,
                                                                  const std::string& signalName);
 
-// Writes a value into a frame's payload as the unscaled raw value and two lines to `out`. The result
-// is a query code. Throws std::out_of_range("invalid bitset position") for signals that reach beyond
-// 64 bytes.
+// Writes a value into a frame's payload as the unscaled raw value and two lines to `out`. The
+// result is a query code. Throws std::out_of_range("invalid bitset position") for signals that
+// reach beyond 64 bytes.
 [[nodiscard]] int setCanFrameBySignalFromDBC(std::span<uint8_t> data, const std::string& path,
                                              const std::string& frameName,
                                              const std::string& signalName, double value,

@@ -35,7 +35,10 @@ bool wholeNumber(const QJsonValue& value, int64_t& whole) {
 
 JsonObjectReader::JsonObjectReader(const JsonObjectReader& parent, const char* key, qsizetype index,
                                    const QJsonValue& element)
-    : m_object(element.toObject()), m_fault(parent.m_fault), m_parent(&parent), m_key(key),
+    : m_object(element.toObject()),
+      m_fault(parent.m_fault),
+      m_parent(&parent),
+      m_key(key),
       m_index(index) {
     if (!element.isObject()) m_fault = place() + ": expected an object";
 }
@@ -103,6 +106,16 @@ std::vector<std::string> JsonObjectReader::texts(const char* key) const {
     list.reserve(static_cast<size_t>(elements.size()));
     for (const QJsonValue element : elements) {
         if (element.isString()) list.push_back(utf8(element.toString()));
+    }
+    return list;
+}
+
+std::vector<std::string> JsonObjectReader::namesOrTexts(const char* key) const {
+    std::vector<std::string> list;
+    for (const QJsonValue element : value(key).toArray()) {
+        const QJsonValue name =
+            element.isObject() ? element.toObject().value(QLatin1String("name")) : element;
+        if (name.isString()) list.push_back(utf8(name.toString()));
     }
     return list;
 }

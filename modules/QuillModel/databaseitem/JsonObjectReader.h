@@ -38,6 +38,8 @@ public:
     [[nodiscard]] double number(const char* key, double missing = 0.0);
     // Array of texts. Anything but an array is ignored and gives an empty list.
     [[nodiscard]] std::vector<std::string> texts(const char* key) const;
+    // Array whose elements are texts or objects with a "name".
+    [[nodiscard]] std::vector<std::string> namesOrTexts(const char* key) const;
     // Array of {"name": text, "value": number}.
     [[nodiscard]] std::map<double, std::string> valueTable(const char* key);
     // Array of pairs of whole numbers, [[0, 3], [5, 5]].

@@ -19,7 +19,7 @@ struct LinSignal {
     int32_t bitLength = 0;
     bool isBigEndian = false;
     bool isSigned = false;
-    int32_t startBit = 0;  // 8 x byte + bit of the least significant bit
+    int32_t startBit = 0;   // 8 x byte + bit of the least significant bit
     int64_t initValue = 0;  // raw value
     int64_t valMin = 0;
     int64_t valMax = 0;

@@ -53,10 +53,14 @@ std::string joined(const std::vector<std::string>& texts) {
     return line;
 }
 
-// What a converter that did not succeed has to say, in one line of the log.
+std::string withoutLineEnd(std::string text) {
+    while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
+    return text;
+}
+
+// What a converter that did not succeed has to say.
 std::string reasonOf(const quill::os::ProcessResult& result) {
-    std::string said = result.output;
-    while (!said.empty() && (said.back() == '\n' || said.back() == '\r')) said.pop_back();
+    const std::string said = withoutLineEnd(result.output);
     switch (result.end) {
         case quill::os::ProcessEnd::TimedOut:
             return "converter ended after its time was up";
@@ -67,6 +71,11 @@ std::string reasonOf(const quill::os::ProcessResult& result) {
         default:
             return said.empty() ? "exit status " + std::to_string(result.code) : said;
     }
+}
+
+bool isFolderWritable(const std::string& path) {
+    const auto folder = quill::os::pathFromUtf8(path).parent_path();
+    return quill::os::isWritableFolder(folder.empty() ? "." : folder);
 }
 
 }  // namespace
@@ -132,6 +141,10 @@ bool DatabaseItem::dbFile2Json(const std::string& program,
         return false;
     }
     if (!result.succeeded()) return fail(reasonOf(result));
+    // What a converter left out of a damaged file.
+    if (const std::string said = withoutLineEnd(result.output); !said.empty()) {
+        QUILL_WARN(quill::log::kDatabase, "{}", said);
+    }
     return true;
 }
 
@@ -145,6 +158,8 @@ bool DatabaseItem::convertAndRead(const std::string& path, const Conversion& con
         QUILL_INFO(quill::log::kDatabase, "begin extern parse ...");
         if (!dbFile2Json(conversion.program, conversion.arguments)) {
             QUILL_ERROR(quill::log::kDatabase, "dbFile2Json failed, dbc path: {}", path);
+            if (!isFolderWritable(path))
+                (void)fail("the folder of " + path + " may not be written to");
             return false;
         }
         QUILL_INFO(quill::log::kDatabase, "end extern parse ...");

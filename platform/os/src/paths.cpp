@@ -4,6 +4,8 @@
 #include <windows.h>
 #else
 #include <dlfcn.h>
+#include <fcntl.h>
+#include <unistd.h>
 #endif
 
 namespace quill::os {
@@ -32,6 +34,16 @@ bool seekFile(std::FILE* file, int64_t position) {
     return _fseeki64(file, position, SEEK_SET) == 0;
 }
 
+bool isWritableFolder(const std::filesystem::path& folder) {
+    const std::wstring name =
+        (folder / (L"quill-" + std::to_wstring(GetCurrentThreadId()) + L".tmp")).wstring();
+    HANDLE file = CreateFileW(name.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                              FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return false;
+    CloseHandle(file);
+    return true;
+}
+
 std::filesystem::path fileOfCode(const void* address) {
     HMODULE module = nullptr;
     const DWORD flags = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
@@ -47,6 +59,10 @@ std::FILE* openFile(const std::string& utf8Path, const char* mode) {
 }
 
 bool seekFile(std::FILE* file, int64_t position) { return fseeko(file, position, SEEK_SET) == 0; }
+
+bool isWritableFolder(const std::filesystem::path& folder) {
+    return ::faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
+}
 
 std::filesystem::path fileOfCode(const void* address) {
     Dl_info info{};

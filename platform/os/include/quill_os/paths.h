@@ -21,6 +21,10 @@ namespace quill::os {
 // Moves to an absolute position, for files beyond 2 GiB too; false when the system refuses.
 [[nodiscard]] bool seekFile(std::FILE* file, int64_t position);
 
+// Whether files can be made in a folder, as this process is now. Asks the system (or, on Windows,
+// makes one that goes at once), so it is meant for finding the reason of a failure.
+[[nodiscard]] bool isWritableFolder(const std::filesystem::path& folder);
+
 // File that holds the code at this address (the loaded module or program); empty when unknown.
 [[nodiscard]] std::filesystem::path fileOfCode(const void* address);
 

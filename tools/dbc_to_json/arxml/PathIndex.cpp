@@ -50,7 +50,6 @@ bool isAmong(const char* name, std::initializer_list<const char*> kinds) {
 
 void PathIndex::build(pugi::xml_node root) {
     m_entries.assign(1, Entry{});
-    m_lastHolder.assign(1, kNone);
     m_slots.assign(1024, kNone);
     m_holders.clear();
     m_roots = Roots{};
@@ -114,7 +113,6 @@ uint32_t PathIndex::intern(uint32_t parent, std::string_view name) {
     if (m_entries.size() * 2 >= m_slots.size()) grow();
     const auto entry = static_cast<uint32_t>(m_entries.size());
     m_entries.push_back({name, parent, kNone});
-    m_lastHolder.push_back(kNone);
     const size_t mask = m_slots.size() - 1;
     size_t slot = hashOf(parent, name) & mask;
     while (m_slots[slot] != kNone) slot = (slot + 1) & mask;
@@ -134,13 +132,8 @@ void PathIndex::grow() {
 
 void PathIndex::addHolder(uint32_t entry, pugi::xml_node node) {
     const auto holder = static_cast<uint32_t>(m_holders.size());
-    m_holders.push_back({node, kNone});
-    if (m_lastHolder[entry] == kNone) {
-        m_entries[entry].firstHolder = holder;
-    } else {
-        m_holders[m_lastHolder[entry]].next = holder;
-    }
-    m_lastHolder[entry] = holder;
+    m_holders.push_back({node, m_entries[entry].lastHolder});
+    m_entries[entry].lastHolder = holder;
 }
 
 uint32_t PathIndex::walk(uint32_t from, std::string_view path) const {
@@ -159,8 +152,8 @@ uint32_t PathIndex::walk(uint32_t from, std::string_view path) const {
 pugi::xml_node PathIndex::pick(uint32_t entry, std::initializer_list<const char*> kinds) const {
     if (entry == kNone || entry == 0) return {};
     int tries = kMaxSamePath;
-    for (uint32_t at = m_entries[entry].firstHolder; at != kNone && tries > 0;
-         at = m_holders[at].next, --tries) {
+    for (uint32_t at = m_entries[entry].lastHolder; at != kNone && tries > 0;
+         at = m_holders[at].previous, --tries) {
         if (isAmong(m_holders[at].node.name(), kinds)) return m_holders[at].node;
     }
     return {};

@@ -23,7 +23,8 @@ public:
     [[nodiscard]] const Roots& roots() const { return m_roots; }
 
     // Target of a reference element, or an empty node. Several elements may share one path: the
-    // first one whose element name is among `kinds` (any when empty) wins.
+    // last one whose element name is among `kinds` (any when empty) wins, as a later definition
+    // replaces an earlier one.
     [[nodiscard]] pugi::xml_node follow(pugi::xml_node reference,
                                         std::initializer_list<const char*> kinds = {}) const;
     // The same for an absolute path.
@@ -34,11 +35,11 @@ private:
     struct Entry {
         std::string_view name;
         uint32_t parent = 0;
-        uint32_t firstHolder = kNone;  // chain of the elements with this path
+        uint32_t lastHolder = kNone;  // chain of the elements with this path
     };
     struct Holder {
         pugi::xml_node node;
-        uint32_t next = kNone;
+        uint32_t previous = kNone;
     };
     static constexpr uint32_t kNone = 0xFFFFFFFF;
 
@@ -57,8 +58,7 @@ private:
 
     std::vector<Entry> m_entries;
     std::vector<Holder> m_holders;
-    std::vector<uint32_t> m_lastHolder;  // per entry, so that chains keep document order
-    std::vector<uint32_t> m_slots;       // open addressing, a power of two
+    std::vector<uint32_t> m_slots;  // open addressing, a power of two
     Roots m_roots;
 };
 

@@ -290,7 +290,8 @@ void PduReader::addSecuredSignals(Pdu& out) {
         if (bits == 0 || bits > 8 * 4096) return;
         Signal signal;
         signal.name = database.keep(std::string(out.name) + suffix);
-        signal.comment = database.keep(std::string("Truncated ") + what);
+        signal.comment = database.keep(std::string("Truncated ") + what + " for '" +
+                                       std::string(out.name) + "'");
         signal.lengthBits = bits;
         signal.isSecured = true;
         MappedSignal mapped;

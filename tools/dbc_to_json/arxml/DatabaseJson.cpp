@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "arxml/JsonPut.h"
 #include "arxml/PartyReader.h"
 #include "arxml/PduJson.h"
 
@@ -52,12 +53,12 @@ private:
 };
 
 void ClusterJson::writeNodes(const EcuSet& nodes) {
-    m_json.key("node_infos").beginArray();
+    m_json.beginArray("node_infos");
     for (const uint32_t index : nodes) {
         const Ecu& ecu = m_database.ecus[index];
         m_json.beginObject();
-        m_json.member("name", ecu.name);
-        if (!ecu.comment.empty()) m_json.member("comment", ecu.comment);
+        put(m_json, "name", ecu.name);
+        if (!ecu.comment.empty()) put(m_json, "comment", ecu.comment);
         m_json.endObject();
     }
     m_json.endArray();
@@ -65,46 +66,46 @@ void ClusterJson::writeNodes(const EcuSet& nodes) {
 
 void ClusterJson::writeCluster(const Cluster& cluster, bool isFlexRay) {
     m_json.beginObject();
-    m_json.member("name", cluster.name);
-    if (!cluster.comment.empty()) m_json.member("comment", cluster.comment);
-    m_json.member("protocol", cluster.protocol);
-    m_json.member("protoclo_version", cluster.protocolVersion);
-    m_json.member("baud_rate", cluster.baudRate);
+    put(m_json, "name", cluster.name);
+    if (!cluster.comment.empty()) put(m_json, "comment", cluster.comment);
+    put(m_json, "protocol", cluster.protocol);
+    put(m_json, "protoclo_version", cluster.protocolVersion);
+    put(m_json, "baud_rate", cluster.baudRate);
     if (isFlexRay) {
         writeFlexRayTimes(cluster);
     } else {
-        m_json.member("can_fd_baud_rate", cluster.fdBaudRate);
-        m_json.member("fd_baud_rate", cluster.fdBaudRate);
+        put(m_json, "can_fd_baud_rate", cluster.fdBaudRate);
+        put(m_json, "fd_baud_rate", cluster.fdBaudRate);
     }
     writeNodes(cluster.nodes);
     writeChannels(cluster, isFlexRay);
-    m_json.key("frames").beginArray();
+    m_json.beginArray("frames");
     for (const Frame& frame : cluster.frames) writeFrame(frame, cluster, isFlexRay);
     m_json.endArray();
     m_json.endObject();
 }
 
 void ClusterJson::writeFlexRayTimes(const Cluster& cluster) {
-    m_json.member("cycle_us", cluster.cycleUs);
-    m_json.member("macrotick_us", cluster.macrotickUs);
-    m_json.member("macroticks_per_cycle", cluster.macroticksPerCycle);
-    m_json.member("static_slots", cluster.staticSlots);
-    m_json.member("static_slot_macroticks", cluster.staticSlotMacroticks);
-    m_json.member("minislots", cluster.minislots);
-    m_json.member("minislot_macroticks", cluster.minislotMacroticks);
-    m_json.member("static_payload_length", cluster.staticPayloadBytes);
+    put(m_json, "cycle_us", cluster.cycleUs);
+    put(m_json, "macrotick_us", cluster.macrotickUs);
+    put(m_json, "macroticks_per_cycle", cluster.macroticksPerCycle);
+    put(m_json, "static_slots", cluster.staticSlots);
+    put(m_json, "static_slot_macroticks", cluster.staticSlotMacroticks);
+    put(m_json, "minislots", cluster.minislots);
+    put(m_json, "minislot_macroticks", cluster.minislotMacroticks);
+    put(m_json, "static_payload_length", cluster.staticPayloadBytes);
 }
 
 void ClusterJson::writeChannels(const Cluster& cluster, bool isFlexRay) {
     std::vector<std::vector<const Frame*>> byChannel(cluster.channels.size());
     for (const Frame& frame : cluster.frames) byChannel[frame.channel].push_back(&frame);
-    m_json.key("channels").beginArray();
+    m_json.beginArray("channels");
     for (size_t index = 0; index < cluster.channels.size(); ++index) {
         m_json.beginObject();
-        m_json.member("name", cluster.channels[index].name);
-        if (isFlexRay) m_json.member("channel", cluster.channels[index].kind);
-        m_json.key("frames").beginArray();
-        for (const Frame* frame : byChannel[index]) m_json.value(frame->name);
+        put(m_json, "name", cluster.channels[index].name);
+        if (isFlexRay) put(m_json, "channel", cluster.channels[index].kind);
+        m_json.beginArray("frames");
+        for (const Frame* frame : byChannel[index]) m_json.text(frame->name);
         m_json.endArray();
         m_json.endObject();
     }
@@ -122,24 +123,24 @@ void ClusterJson::writeFrame(const Frame& frame, const Cluster& cluster, bool is
         addAll(parties.receivers, known->second.receivers);
     }
     m_json.beginObject();
-    m_json.member("id", frame.id);
-    m_json.member("length", frame.lengthBytes);
-    m_json.member("name", frame.name);
-    m_json.member("triggering", frame.triggering);
-    m_json.member("comment", frame.comment);
+    put(m_json, "id", frame.id);
+    put(m_json, "length", frame.lengthBytes);
+    put(m_json, "name", frame.name);
+    put(m_json, "triggering", frame.triggering);
+    put(m_json, "comment", frame.comment);
     if (isFlexRay) {
         writeSlots(frame, channel);
     } else {
-        m_json.member("is_extended_frame", frame.isExtended);
-        m_json.member("is_canfd", frame.isCanFd);
-        m_json.member("rx_behavior", frame.rxBehavior);
-        m_json.member("tx_behavior", frame.txBehavior);
+        put(m_json, "is_extended_frame", frame.isExtended);
+        put(m_json, "is_canfd", frame.isCanFd);
+        put(m_json, "rx_behavior", frame.rxBehavior);
+        put(m_json, "tx_behavior", frame.txBehavior);
     }
-    m_json.member("channel", channel.name);
-    if (const auto cycle = cycleOf(frame, m_database)) m_json.member("cycle_time", *cycle);
+    put(m_json, "channel", channel.name);
+    if (const auto cycle = cycleOf(frame, m_database)) put(m_json, "cycle_time", *cycle);
     writeEcus(m_json, "senders", m_database, parties.senders);
     writeEcus(m_json, "receivers", m_database, parties.receivers);
-    m_json.key("ipdus").beginArray();
+    m_json.beginArray("ipdus");
     for (const PduMapping& mapping : frame.pdus) {
         m_pdus.writeMapped(mapping, channel, parties.receivers);
     }
@@ -148,17 +149,17 @@ void ClusterJson::writeFrame(const Frame& frame, const Cluster& cluster, bool is
 }
 
 void ClusterJson::writeSlots(const Frame& frame, const Channel& channel) {
-    m_json.member("channel_name", channel.kind);
+    put(m_json, "channel_name", channel.kind);
     const FlexRaySlot first = frame.slots.empty() ? FlexRaySlot{} : frame.slots.front();
-    m_json.member("slot_id", first.slotId);
-    m_json.member("base_cycle", first.baseCycle);
-    m_json.member("repetition", first.repetition);
-    m_json.key("slots").beginArray();
+    put(m_json, "slot_id", first.slotId);
+    put(m_json, "base_cycle", first.baseCycle);
+    put(m_json, "repetition", first.repetition);
+    m_json.beginArray("slots");
     for (const FlexRaySlot& slot : frame.slots) {
         m_json.beginObject();
-        m_json.member("slot_id", slot.slotId);
-        m_json.member("base_cycle", slot.baseCycle);
-        m_json.member("repetition", slot.repetition);
+        put(m_json, "slot_id", slot.slotId);
+        put(m_json, "base_cycle", slot.baseCycle);
+        put(m_json, "repetition", slot.repetition);
         m_json.endObject();
     }
     m_json.endArray();
@@ -166,11 +167,11 @@ void ClusterJson::writeSlots(const Frame& frame, const Channel& channel) {
 
 void ClusterJson::writeEth(const EthCluster& cluster) {
     m_json.beginObject();
-    m_json.member("name", cluster.name);
-    if (!cluster.comment.empty()) m_json.member("comment", cluster.comment);
-    m_json.member("baud_rate", cluster.baudRate);
+    put(m_json, "name", cluster.name);
+    if (!cluster.comment.empty()) put(m_json, "comment", cluster.comment);
+    put(m_json, "baud_rate", cluster.baudRate);
     writeNodes(cluster.nodes);
-    m_json.key("channels").beginArray();
+    m_json.beginArray("channels");
     for (const EthChannel& channel : cluster.channels) writeEthChannel(channel);
     m_json.endArray();
     m_json.endObject();
@@ -178,16 +179,16 @@ void ClusterJson::writeEth(const EthCluster& cluster) {
 
 void ClusterJson::writeEthChannel(const EthChannel& channel) {
     m_json.beginObject();
-    m_json.member("name", channel.name);
-    if (channel.vlanId) m_json.member("vlan_id", *channel.vlanId);
-    if (!channel.vlanName.empty()) m_json.member("vlan_name", channel.vlanName);
-    m_json.key("endpoints").beginArray();
+    put(m_json, "name", channel.name);
+    if (channel.vlanId) put(m_json, "vlan_id", *channel.vlanId);
+    if (!channel.vlanName.empty()) put(m_json, "vlan_name", channel.vlanName);
+    m_json.beginArray("endpoints");
     for (const EthEndpoint& endpoint : channel.endpoints) writeEndpoint(endpoint);
     m_json.endArray();
-    m_json.key("sockets").beginArray();
+    m_json.beginArray("sockets");
     for (const EthSocket& socket : channel.sockets) writeSocket(socket, channel);
     m_json.endArray();
-    m_json.key("ipdus").beginArray();
+    m_json.beginArray("ipdus");
     for (const EthPdu& pdu : channel.pdus) writeEthPdu(pdu, channel);
     m_json.endArray();
     m_json.endObject();
@@ -195,32 +196,32 @@ void ClusterJson::writeEthChannel(const EthChannel& channel) {
 
 void ClusterJson::writeEndpoint(const EthEndpoint& endpoint) {
     m_json.beginObject();
-    m_json.member("name", endpoint.name);
-    m_json.member("ipv4", endpoint.ipv4);
-    m_json.member("netmask", endpoint.netmask);
-    m_json.member("ipv6", endpoint.ipv6);
+    put(m_json, "name", endpoint.name);
+    put(m_json, "ipv4", endpoint.ipv4);
+    put(m_json, "netmask", endpoint.netmask);
+    put(m_json, "ipv6", endpoint.ipv6);
     m_json.endObject();
 }
 
 void ClusterJson::writeSocket(const EthSocket& socket, const EthChannel& channel) {
     m_json.beginObject();
-    m_json.member("name", socket.name);
-    m_json.member("protocol", socket.protocol);
-    if (socket.port) m_json.member("port", *socket.port);
+    put(m_json, "name", socket.name);
+    put(m_json, "protocol", socket.protocol);
+    if (socket.port) put(m_json, "port", *socket.port);
     if (socket.endpoint) {
         const EthEndpoint& endpoint = channel.endpoints[*socket.endpoint];
-        m_json.member("endpoint", endpoint.name);
-        m_json.member("address", endpoint.ipv4.empty() ? endpoint.ipv6 : endpoint.ipv4);
+        put(m_json, "endpoint", endpoint.name);
+        put(m_json, "address", endpoint.ipv4.empty() ? endpoint.ipv6 : endpoint.ipv4);
     }
     writeEcus(m_json, "nodes", m_database, socket.ecus);
-    m_json.key("services").beginArray();
+    m_json.beginArray("services");
     for (const EthService& service : socket.services) {
         m_json.beginObject();
-        m_json.member("name", service.name);
-        m_json.member("role", std::string_view(service.isProvided ? "PROVIDED" : "CONSUMED"));
-        if (service.serviceId) m_json.member("service_id", *service.serviceId);
-        if (service.instanceId) m_json.member("instance_id", *service.instanceId);
-        if (service.majorVersion) m_json.member("major_version", *service.majorVersion);
+        put(m_json, "name", service.name);
+        put(m_json, "role", service.isProvided ? "PROVIDED" : "CONSUMED");
+        if (service.serviceId) put(m_json, "service_id", *service.serviceId);
+        if (service.instanceId) put(m_json, "instance_id", *service.instanceId);
+        if (service.majorVersion) put(m_json, "major_version", *service.majorVersion);
         m_json.endObject();
     }
     m_json.endArray();
@@ -230,11 +231,11 @@ void ClusterJson::writeSocket(const EthSocket& socket, const EthChannel& channel
 void ClusterJson::writeEthPdu(const EthPdu& pdu, const EthChannel& channel) {
     if (m_pdus.isTooLarge()) return;
     m_json.beginObject();
-    if (pdu.headerId) m_json.member("header_id", *pdu.headerId);
-    m_json.member("connection", pdu.connection);
-    m_json.member("server", pdu.server);
-    m_json.member("client", pdu.client);
-    m_json.key("ipdu").beginArray();
+    if (pdu.headerId) put(m_json, "header_id", *pdu.headerId);
+    put(m_json, "connection", pdu.connection);
+    put(m_json, "server", pdu.server);
+    put(m_json, "client", pdu.client);
+    m_json.beginArray("ipdu");
     m_pdus.writeAlone(pdu.pdu, channel.parties);
     m_json.endArray();
     m_json.endObject();
@@ -246,17 +247,17 @@ std::optional<ReadError> writeDatabase(const Database& database, size_t maxBytes
                                        dbjson::JsonWriter& json) {
     ClusterJson writer(json, database, maxBytes);
     json.beginObject();
-    json.member("version", database.version);
+    put(json, "version", database.version);
     if (!database.containerHeaderByteOrder.empty()) {
-        json.member("container_header_byte_order", database.containerHeaderByteOrder);
+        put(json, "container_header_byte_order", database.containerHeaderByteOrder);
     }
-    json.key("can_cluster").beginArray();
+    json.beginArray("can_cluster");
     for (const Cluster& cluster : database.canClusters) writer.writeCluster(cluster, false);
     json.endArray();
-    json.key("flexray_cluster").beginArray();
+    json.beginArray("flexray_cluster");
     for (const Cluster& cluster : database.flexRayClusters) writer.writeCluster(cluster, true);
     json.endArray();
-    json.key("eth_cluster").beginArray();
+    json.beginArray("eth_cluster");
     for (const EthCluster& cluster : database.ethClusters) writer.writeEth(cluster);
     json.endArray();
     json.endObject();

@@ -71,14 +71,15 @@ Bus busOf(pugi::xml_node cluster) {
 std::optional<ReadError> readFibex(const Document& document, Database& out) {
     const auto root = document.root();
     if (nameOf(root) != "FIBEX") {
-        std::string text = "the root element is " + std::string(nameOf(root).substr(0, 100)) +
-                           " instead of FIBEX";
+        std::string text =
+            "the root element is " + std::string(nameOf(root).substr(0, 100)) + " instead of FIBEX";
         if (nameOf(root) == "AUTOSAR") text += "; the command arxml-parse reads it";
         return ReadError{root.offset_debug(), text};
     }
     if (!document.rootNamespace().starts_with("http://www.asam.net/xml/fbx")) {
-        return ReadError{root.offset_debug(),
-                         "unknown namespace " + std::string(document.rootNamespace().substr(0, 200))};
+        return ReadError{
+            root.offset_debug(),
+            "unknown namespace " + std::string(document.rootNamespace().substr(0, 200))};
     }
     out.version = root.attribute("VERSION").value();
     const PathIndex noPaths;

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "arxml/JsonPut.h"
+
 namespace quill::arxml {
 namespace {
 
@@ -31,13 +33,32 @@ const char* nameOf(PartRole role) {
     return "CONTAINED";
 }
 
+// What the fixed keys of a PDU and of a signal take in the text.
+constexpr size_t kPduBytes = 350;
+constexpr size_t kSignalBytes = 550;
+constexpr size_t kValueTextBytes = 24;
+
+size_t sizeOf(const Signal& signal, const Database& database) {
+    size_t bytes = kSignalBytes + signal.name.size() + signal.comment.size();
+    if (!signal.compuMethod) return bytes;
+    for (const auto& entry : database.compuMethods[*signal.compuMethod].valueTable) {
+        bytes += kValueTextBytes + entry.text.size();
+    }
+    return bytes;
+}
+
 }  // namespace
 
 void writeEcus(dbjson::JsonWriter& json, const char* key, const Database& database,
                const EcuSet& ecus) {
-    json.key(key).beginArray();
-    for (const uint32_t ecu : ecus) json.value(database.ecus[ecu].name);
+    json.beginArray(key);
+    for (const uint32_t ecu : ecus) json.text(database.ecus[ecu].name);
     json.endArray();
+}
+
+bool PduJson::spend(size_t bytes) {
+    m_spentBytes += bytes;
+    return m_spentBytes <= m_maxBytes;
 }
 
 void PduJson::writeMapped(const PduMapping& mapping, const Channel& channel,
@@ -50,9 +71,8 @@ void PduJson::writeAlone(uint32_t pdu, const Channel& channel) {
 }
 
 void PduJson::writePdu(uint32_t index, const Place& place, const Channel& channel) {
-    if (m_json.size() > m_maxBytes) m_isTooLarge = true;
-    if (m_isTooLarge) return;
     const Pdu& pdu = m_database.pdus[index];
+    if (!spend(kPduBytes + pdu.name.size() + pdu.comment.size())) return;
     static const Parties kNobody;
     const auto known = channel.pduParties.find(index);
     const Parties& parties = known == channel.pduParties.end() ? kNobody : known->second;
@@ -62,7 +82,7 @@ void PduJson::writePdu(uint32_t index, const Place& place, const Channel& channe
     writeProperties(pdu, place);
     writeEcus(m_json, "receivers", m_database, parties.receivers);
     writeEcus(m_json, "senders", m_database, parties.senders);
-    m_json.key("isignals").beginArray();
+    m_json.beginArray("isignals");
     for (const auto& mapped : pdu.signals) {
         writeSignal(mapped, place.signalBase, channel, receivers);
     }
@@ -72,22 +92,22 @@ void PduJson::writePdu(uint32_t index, const Place& place, const Channel& channe
 }
 
 void PduJson::writeProperties(const Pdu& pdu, const Place& place) {
-    m_json.member("type", pdu.type);
-    m_json.member("name", pdu.name);
-    if (!pdu.comment.empty()) m_json.member("comment", pdu.comment);
-    m_json.member("start_position", place.startBit);
-    m_json.member("length", pdu.lengthBytes);
-    m_json.member("unused_bit_pattern", pdu.unusedBitPattern);
+    put(m_json, "type", pdu.type);
+    put(m_json, "name", pdu.name);
+    if (!pdu.comment.empty()) put(m_json, "comment", pdu.comment);
+    put(m_json, "start_position", place.startBit);
+    put(m_json, "length", pdu.lengthBytes);
+    put(m_json, "unused_bit_pattern", pdu.unusedBitPattern);
     writeTiming(pdu.timing);
-    m_json.member("trigger", pdu.trigger);
-    m_json.member("header", pdu.headerType);
-    m_json.member("rx_accept", pdu.rxAccept);
+    put(m_json, "trigger", pdu.trigger);
+    put(m_json, "header", pdu.headerType);
+    put(m_json, "rx_accept", pdu.rxAccept);
     writeContained(pdu);
     if (place.part) {
-        m_json.member("part", std::string_view(nameOf(place.part->role)));
-        if (place.part->selectorCode) m_json.member("selector_code", *place.part->selectorCode);
+        put(m_json, "part", nameOf(place.part->role));
+        if (place.part->selectorCode) put(m_json, "selector_code", *place.part->selectorCode);
         if (place.part->role == PartRole::kDynamic) {
-            m_json.member("initial", place.part->isInitial);
+            put(m_json, "initial", place.part->isInitial);
         }
     }
     if (pdu.selector) writeSelector(*pdu.selector, place.signalBase);
@@ -95,9 +115,9 @@ void PduJson::writeProperties(const Pdu& pdu, const Place& place) {
 }
 
 void PduJson::writeTiming(const Timing& timing) {
-    m_json.key("timing").beginObject();
+    m_json.beginObject("timing");
     const auto write = [&](const char* key, const auto& value) {
-        if (value) m_json.member(key, *value);
+        if (value) put(m_json, key, *value);
     };
     write("cycle_time", timing.cycleMs);
     write("cycle_offset", timing.offsetMs);
@@ -109,39 +129,39 @@ void PduJson::writeTiming(const Timing& timing) {
 }
 
 void PduJson::writeContained(const Pdu& pdu) {
-    m_json.key("contained_ipdu_pros").beginObject();
+    m_json.beginObject("contained_ipdu_pros");
     if (pdu.contained) {
         const ContainedProps& props = *pdu.contained;
-        if (props.shortHeaderId) m_json.member("header_id_short_header", *props.shortHeaderId);
-        if (props.longHeaderId) m_json.member("header_id_long_header", *props.longHeaderId);
-        if (props.offsetBytes) m_json.member("offset", *props.offsetBytes);
-        if (props.timeoutMs) m_json.member("timeout", *props.timeoutMs);
-        m_json.member("collection_semantics", props.collection);
-        m_json.member("trigger", props.trigger);
+        if (props.shortHeaderId) put(m_json, "header_id_short_header", *props.shortHeaderId);
+        if (props.longHeaderId) put(m_json, "header_id_long_header", *props.longHeaderId);
+        if (props.offsetBytes) put(m_json, "offset", *props.offsetBytes);
+        if (props.timeoutMs) put(m_json, "timeout", *props.timeoutMs);
+        put(m_json, "collection_semantics", props.collection);
+        put(m_json, "trigger", props.trigger);
     }
     m_json.endObject();
     if (!pdu.contained) return;
     const auto& props = *pdu.contained;
     if (const auto id = props.shortHeaderId ? props.shortHeaderId : props.longHeaderId) {
-        m_json.member("header_id", *id);
+        put(m_json, "header_id", *id);
     }
 }
 
 void PduJson::writeSelector(const Selector& selector, int64_t base) {
-    m_json.key("selector").beginObject();
-    m_json.member("start_position", selector.lsb + base);
-    m_json.member("length", selector.lengthBits);
-    m_json.member("byte_order", std::string_view(nameOf(selector.order)));
+    m_json.beginObject("selector");
+    put(m_json, "start_position", selector.lsb + base);
+    put(m_json, "length", selector.lengthBits);
+    put(m_json, "byte_order", nameOf(selector.order));
     m_json.endObject();
 }
 
 void PduJson::writeSecure(const SecureProps& secure) {
-    m_json.key("secoc").beginObject();
-    m_json.member("payload_length", secure.payloadBytes);
-    if (secure.dataId) m_json.member("data_id", *secure.dataId);
-    m_json.member("freshness_bit_length", secure.freshnessBits);
-    m_json.member("freshness_tx_bit_length", secure.freshnessTxBits);
-    m_json.member("auth_tx_bit_length", secure.authTxBits);
+    m_json.beginObject("secoc");
+    put(m_json, "payload_length", secure.payloadBytes);
+    if (secure.dataId) put(m_json, "data_id", *secure.dataId);
+    put(m_json, "freshness_bit_length", secure.freshnessBits);
+    put(m_json, "freshness_tx_bit_length", secure.freshnessTxBits);
+    put(m_json, "auth_tx_bit_length", secure.authTxBits);
     m_json.endObject();
 }
 
@@ -151,7 +171,7 @@ void PduJson::writeParts(const Pdu& pdu, const Place& place, const Channel& chan
     // Behind a header a contained PDU may stand anywhere; without headers its offset is fixed.
     const bool isContainer = pdu.parts.front().role == PartRole::kContained;
     const bool hasHeaders = pdu.headerType != "NO-HEADER";
-    m_json.key(pdu.secure ? "ipdu" : "ipdus").beginArray();
+    m_json.beginArray(pdu.secure ? "ipdu" : "ipdus");
     for (const PduPart& part : pdu.parts) {
         Place inner{place.startBit, place.signalBase, &part, &receivers};
         const auto& contained = m_database.pdus[part.pdu].contained;
@@ -168,31 +188,30 @@ void PduJson::writeParts(const Pdu& pdu, const Place& place, const Channel& chan
 
 void PduJson::writeSignal(const MappedSignal& mapped, int64_t base, const Channel& channel,
                           const EcuSet& receivers) {
-    if (m_json.size() > m_maxBytes) m_isTooLarge = true;
-    if (m_isTooLarge) return;
     const Signal& signal = m_database.signals[mapped.signal];
+    if (!spend(sizeOf(signal, m_database))) return;
     m_json.beginObject();
-    m_json.member("name", signal.name);
-    if (!signal.comment.empty()) m_json.member("comment", signal.comment);
-    m_json.member("length", signal.lengthBits);
-    m_json.member("byte_order", std::string_view(nameOf(mapped.order)));
-    m_json.member("start_position", mapped.lsb + base);
-    m_json.member("transport", mapped.transport);
-    m_json.member("init_value", signal.initValue);
-    m_json.member("dyn_length", signal.dynamicLength);
-    if (mapped.updateBit) m_json.member("update_bit", *mapped.updateBit + base);
-    m_json.member("is_signed", signal.isSigned);
-    m_json.member("is_float", signal.isFloat);
+    put(m_json, "name", signal.name);
+    if (!signal.comment.empty()) put(m_json, "comment", signal.comment);
+    put(m_json, "length", signal.lengthBits);
+    put(m_json, "byte_order", nameOf(mapped.order));
+    put(m_json, "start_position", mapped.lsb + base);
+    put(m_json, "transport", mapped.transport);
+    put(m_json, "init_value", signal.initValue);
+    put(m_json, "dyn_length", signal.dynamicLength);
+    if (mapped.updateBit) put(m_json, "update_bit", *mapped.updateBit + base);
+    put(m_json, "is_signed", signal.isSigned);
+    put(m_json, "is_float", signal.isFloat);
     writeLimits(signal.limits);
     writeCompu(signal);
-    m_json.key("sw_base_type").beginObject();
+    m_json.beginObject("sw_base_type");
     if (signal.baseType) {
-        m_json.member("name", signal.baseType->name);
-        m_json.member("size", signal.baseType->sizeBits);
-        m_json.member("encoding", signal.baseType->encoding);
+        put(m_json, "name", signal.baseType->name);
+        put(m_json, "size", signal.baseType->sizeBits);
+        put(m_json, "encoding", signal.baseType->encoding);
     }
     m_json.endObject();
-    m_json.member("secured_signal", signal.isSecured);
+    put(m_json, "secured_signal", signal.isSecured);
     const auto told = channel.signalReceivers.find(mapped.signal);
     writeEcus(m_json, "receivers", m_database,
               told == channel.signalReceivers.end() ? receivers : told->second);
@@ -202,14 +221,14 @@ void PduJson::writeSignal(const MappedSignal& mapped, int64_t base, const Channe
 void PduJson::writeLimit(const char* key, const std::optional<double>& limit) {
     if (!limit || std::isnan(*limit)) return;
     if (std::isfinite(*limit)) {
-        m_json.member(key, *limit);
+        put(m_json, key, *limit);
     } else {
-        m_json.member(key, std::string_view(*limit < 0 ? "-INF" : "INF"));
+        put(m_json, key, *limit < 0 ? "-INF" : "INF");
     }
 }
 
 void PduJson::writeLimits(const Limits& limits) {
-    m_json.key("dataconstr").beginObject();
+    m_json.beginObject("dataconstr");
     writeLimit("phy_lower_limit", limits.physicalLower);
     writeLimit("phy_upper_limit", limits.physicalUpper);
     writeLimit("inter_lower_limit", limits.internalLower);
@@ -221,21 +240,21 @@ void PduJson::writeCompu(const Signal& signal) {
     static const CompuMethod kIdentity;
     const CompuMethod& compu =
         signal.compuMethod ? m_database.compuMethods[*signal.compuMethod] : kIdentity;
-    m_json.key("compu_method").beginObject();
-    m_json.member("name", compu.name);
-    m_json.member("category", compu.category);
-    m_json.member("compu_offset", compu.offset);
-    m_json.member("compu_scale", compu.scale);
-    m_json.member("compu_denominator", compu.denominator);
-    m_json.key("value_table").beginArray();
+    m_json.beginObject("compu_method");
+    put(m_json, "name", compu.name);
+    put(m_json, "category", compu.category);
+    put(m_json, "compu_offset", compu.offset);
+    put(m_json, "compu_scale", compu.scale);
+    put(m_json, "compu_denominator", compu.denominator);
+    m_json.beginArray("value_table");
     for (const ValueText& entry : compu.valueTable) {
         m_json.beginObject();
-        m_json.member("name", entry.text);
-        m_json.member("value", entry.value);
+        put(m_json, "name", entry.text);
+        put(m_json, "value", entry.value);
         m_json.endObject();
     }
     m_json.endArray();
-    m_json.member("unit", signal.unit);
+    put(m_json, "unit", signal.unit);
     writeScales(compu);
     m_json.endObject();
 }
@@ -250,17 +269,17 @@ void PduJson::writeScales(const CompuMethod& compu) {
         hasMask = hasMask || scale.mask;
     }
     if (rational < 2 && !hasMask) return;
-    m_json.key("scales").beginArray();
+    m_json.beginArray("scales");
     for (const CompuScale& scale : compu.scales) {
         m_json.beginObject();
         writeLimit("lower_limit", scale.lower);
         writeLimit("upper_limit", scale.upper);
-        if (scale.mask) m_json.member("mask", *scale.mask);
-        if (scale.hasText) m_json.member("name", scale.text);
+        if (scale.mask) put(m_json, "mask", *scale.mask);
+        if (scale.hasText) put(m_json, "name", scale.text);
         const auto writeNumbers = [&](const char* key, const std::vector<double>& numbers) {
             if (numbers.empty()) return;
-            m_json.key(key).beginArray();
-            for (const double number : numbers) m_json.value(number);
+            m_json.beginArray(key);
+            for (const double number : numbers) m_json.number(number);
             m_json.endArray();
         };
         writeNumbers("numerator", scale.numerators);

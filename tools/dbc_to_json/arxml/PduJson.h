@@ -25,7 +25,7 @@ public:
     // A PDU that stands for itself, positions from its own first bit.
     void writeAlone(uint32_t pdu, const Channel& channel);
 
-    [[nodiscard]] bool isTooLarge() const { return m_isTooLarge; }
+    [[nodiscard]] bool isTooLarge() const { return m_spentBytes > m_maxBytes; }
 
 private:
     struct Place {
@@ -35,6 +35,7 @@ private:
         const EcuSet* receivers = nullptr;  // of the surrounding PDU or frame
     };
 
+    [[nodiscard]] bool spend(size_t bytes);
     void writePdu(uint32_t index, const Place& place, const Channel& channel);
     void writeProperties(const Pdu& pdu, const Place& place);
     void writeTiming(const Timing& timing);
@@ -53,7 +54,7 @@ private:
     dbjson::JsonWriter& m_json;
     const Database& m_database;
     size_t m_maxBytes;
-    bool m_isTooLarge = false;
+    size_t m_spentBytes = 0;  // about what was written
 };
 
 }  // namespace quill::arxml

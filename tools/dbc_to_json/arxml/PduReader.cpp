@@ -304,7 +304,7 @@ void PduReader::addSecuredSignals(Pdu& out) {
         out.signals.push_back(mapped);
     };
     add("_Freshness", "freshness value", secure.freshnessTxBits);
-    add("_Authenticator", "authenticator", secure.authTxBits);
+    add("_Authenticator", "authenticator value", secure.authTxBits);
 }
 
 }  // namespace quill::arxml

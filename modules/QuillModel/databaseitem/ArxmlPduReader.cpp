@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <string_view>
+#include <iterator>
+#include <limits>
 #include <utility>
 
 #include "databaseitem/JsonObjectReader.h"
@@ -13,6 +14,8 @@ namespace {
 constexpr const char* kMotorola = "MOST-SIGNIFICANT-BYTE-FIRST";
 constexpr std::array<const char*, 4> kHeaderTypes = {"", "NO-HEADER", "SHORT-HEADER",
                                                      "LONG-HEADER"};
+
+constexpr int32_t kLongHeader = 3;
 
 bool isSignedEncoding(const std::string& encoding) {
     return encoding == "2C" || encoding == "1C" || encoding == "SM";
@@ -28,13 +31,27 @@ void readCompuMethod(JsonObjectReader& json, CanArxmlEntrySignal& signal) {
     signal.mapValueTable = json.valueTable("value_table");
 }
 
-// Physical limits; where only those of the raw value are given, these scaled.
+// One bound; a missing one is infinite, as are those that the converter writes so.
+double bound(JsonObjectReader& json, const char* key, double missing) {
+    if (json.isText(key)) {
+        const std::string text = json.text(key);
+        if (text == "INF") return std::numeric_limits<double>::infinity();
+        if (text == "-INF") return -std::numeric_limits<double>::infinity();
+    }
+    return json.number(key, missing);
+}
+
+// Physical limits; where only those of the raw value are given, these scaled. Without any both are
+// 0.
 void readLimits(JsonObjectReader& json, CanArxmlEntrySignal& signal) {
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
     const bool physical = json.has("phy_lower_limit") || json.has("phy_upper_limit");
-    const double lower = json.number(physical ? "phy_lower_limit" : "inter_lower_limit");
-    const double upper = json.number(physical ? "phy_upper_limit" : "inter_upper_limit");
+    if (!physical && !json.has("inter_lower_limit") && !json.has("inter_upper_limit")) return;
+    const double lower =
+        bound(json, physical ? "phy_lower_limit" : "inter_lower_limit", -kInfinity);
+    const double upper = bound(json, physical ? "phy_upper_limit" : "inter_upper_limit", kInfinity);
     const double factor = physical ? 1.0 : signal.factor;
-    const double offset = physical || lower == upper ? 0.0 : signal.offset;
+    const double offset = physical ? 0.0 : signal.offset;
     signal.valMin = std::min(lower * factor, upper * factor) + offset;
     signal.valMax = std::max(lower * factor, upper * factor) + offset;
 }
@@ -57,6 +74,9 @@ void readArxmlSignal(JsonObjectReader& json, CanArxmlEntrySignal& signal) {
         signal.isSigned = isSignedEncoding(encoding);
         signal.isFloat = encoding == "IEEE754";
     });
+    // AUTOSAR 3 tells both by the kind of data type, which only the converter sees.
+    if (json.has("is_signed")) signal.isSigned = json.flag("is_signed");
+    if (json.has("is_float")) signal.isFloat = json.flag("is_float");
     signal.isSecured = json.flag("secured_signal");
     signal.receivers = json.texts("receivers");
 }
@@ -69,11 +89,37 @@ void readSignals(JsonObjectReader& json, CanFdPdu& pdu) {
     });
 }
 
-void readInnerPdus(JsonObjectReader& json, const char* key, CanFdPdu& pdu) {
-    json.eachObject(key, [&](JsonObjectReader& element) {
+// Contained PDUs are known on the bus by the id that belongs to the container's kind of header.
+void readHeaderId(JsonObjectReader& json, int32_t headerType, CanFdPdu& pdu) {
+    if (json.has("header_id")) pdu.id = json.integer("header_id");
+    const char* key =
+        headerType == kLongHeader ? "header_id_long_header" : "header_id_short_header";
+    json.object("contained_ipdu_pros", [&](JsonObjectReader& props) {
+        if (props.has(key)) pdu.id = props.integer(key);
+    });
+}
+
+void readContainedPdus(JsonObjectReader& json, CanFdPdu& container) {
+    json.eachObject("ipdus", [&](JsonObjectReader& element) {
         auto inner = std::make_shared<CanFdPdu>();
         readPdu(element, *inner);
-        pdu.pdus.push_back(std::move(inner));
+        readHeaderId(element, container.header_type, *inner);
+        container.pdus.push_back(std::move(inner));
+    });
+}
+
+void readMultiplexedParts(JsonObjectReader& json, CanFdPdu& pdu) {
+    pdu.isMultiplexed = true;
+    json.object("selector", [&](JsonObjectReader& selector) {
+        pdu.selector.startBit = selector.integer("start_position");
+        pdu.selector.bitLength = selector.integer("length");
+        pdu.selector.isBigEndian = selector.text("byte_order") == kMotorola;
+    });
+    json.eachObject("ipdus", [&](JsonObjectReader& element) {
+        auto part = std::make_shared<CanFdPdu>();
+        readPdu(element, *part);
+        if (element.has("selector_code")) part->selectorCode = element.longInteger("selector_code");
+        pdu.pdus.push_back(std::move(part));
     });
 }
 
@@ -120,7 +166,8 @@ void readPdu(JsonObjectReader& json, CanFdPdu& pdu) {
     pdu.senders = json.texts("senders");
     readSignals(json, pdu);
     if (pdu.pdutype == "SECURED-I-PDU") readSecuredContent(json, pdu);
-    if (pdu.pdutype == "CONTAINER-I-PDU") readInnerPdus(json, "ipdus", pdu);
+    if (pdu.pdutype == "CONTAINER-I-PDU") readContainedPdus(json, pdu);
+    if (pdu.pdutype == "MULTIPLEXED-I-PDU") readMultiplexedParts(json, pdu);
 }
 
 }  // namespace Model::database

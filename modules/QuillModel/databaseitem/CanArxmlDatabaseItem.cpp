@@ -34,7 +34,9 @@ void readArxmlFrame(JsonObjectReader& json, CanFdDBCEntry& frame) {
         readPdu(element, *pdu);
         frame.pdus.push_back(std::move(pdu));
     });
-    frame.cycleTime = shortestCycle(frame.pdus);
+    frame.cycleTime =
+        json.has("cycle_time") ? toInt32(json.number("cycle_time")) : shortestCycle(frame.pdus);
+    frame.channel = json.text("channel");
 }
 
 // Channels name their frames; a frame that several channels send is one record in all of them.
@@ -47,6 +49,8 @@ void readChannels(JsonObjectReader& json, CanFdCluster& cluster) {
         for (const std::string& name : element.texts("frames")) {
             const auto [first, last] = byName.equal_range(name);
             for (auto it = first; it != last; ++it) {
+                const std::string& own = it->second->channel;
+                if (!own.empty() && own != channel->name) continue;
                 const auto& entrys = channel->entrys;
                 if (std::find(entrys.begin(), entrys.end(), it->second) != entrys.end()) continue;
                 channel->entrys.push_back(it->second);
@@ -70,6 +74,13 @@ void readCluster(JsonObjectReader& json, CanFdCluster& cluster) {
         cluster.dbcEntrys.push_back(std::move(frame));
     });
     readChannels(json, cluster);
+}
+
+void setHeaderOrder(const RecordList<CanFdPdu>& pdus, bool isLittleEndian) {
+    for (const auto& pdu : pdus) {
+        pdu->hasLittleEndianHeaders = isLittleEndian;
+        setHeaderOrder(pdu->pdus, isLittleEndian);
+    }
 }
 
 std::shared_ptr<CanArxmlDatabase> emptyArxmlDatabase() {
@@ -96,7 +107,10 @@ bool CanArxmlDatabaseItem::readDocument(const QJsonObject& root, std::string& fa
         frames.insert(frames.end(), cluster->dbcEntrys.begin(), cluster->dbcEntrys.end());
         database->clusters.push_back(std::move(cluster));
     });
+    const bool littleEndian =
+        json.text("container_header_byte_order") == "MOST-SIGNIFICANT-BYTE-LAST";
     if (json.failed()) return false;
+    for (const auto& frame : frames) setHeaderOrder(frame->pdus, littleEndian);
     if (!database->clusters.empty()) database->cluster = database->clusters.front();
     m_lookup = FrameLookup<CanFdDBCEntry>(std::move(frames));
     m_database = std::move(database);

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -51,9 +52,16 @@ struct CanFdPdu {
     int32_t length = 0;         // bytes
     std::vector<std::string> receivers;
     std::vector<std::string> senders;
-    RecordList<CanFdPdu> pdus;  // PDUs of a container
+    RecordList<CanFdPdu> pdus;  // PDUs of a container, parts of a multiplexed PDU
     RecordList<CanArxmlEntrySignal> signals;
 
+    // Multiplexed PDUs: their parts stand in `pdus`, with the positions that they have in the
+    // frame.
+    bool isMultiplexed = false;
+    CanArxmlEntrySignal selector;         // where the code of the part in force stands
+    std::optional<int64_t> selectorCode;  // of a part; none: the part is always there
+
+    bool hasLittleEndianHeaders = false;  // containers only
     std::string unusedBitPattern;
     std::string trigger;
     std::string rxAccept;
@@ -72,6 +80,8 @@ struct CanFdDBCEntry {
     std::vector<std::string> senders;
     int32_t cycleTime = 0;  // ms: the shortest cycle of its PDUs; 0 when none is cyclic
     RecordList<CanFdPdu> pdus;
+
+    std::string channel;  // name of its physical channel
 };
 
 // One physical channel of a cluster.
@@ -98,6 +108,9 @@ struct CanArxmlDatabase {
     RecordList<CanFdCluster> clusters;
     std::shared_ptr<CanFdCluster> cluster;  // the first of them; an empty one when there is none
 };
+
+// True for a container whose PDUs stand behind headers and so have no fixed place in the frame.
+[[nodiscard]] bool hasHeaders(const CanFdPdu& pdu);
 
 // Code of a header type text ("NO-HEADER", "SHORT-HEADER", "LONG-HEADER"); 0 for any other text.
 [[nodiscard]] int32_t headerTypeCode(const std::string& text);

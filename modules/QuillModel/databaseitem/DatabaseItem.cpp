@@ -41,8 +41,9 @@ std::vector<std::string> converterArguments(DatabaseKind kind, const std::string
         case DatabaseKind::Ldf:
             return {path, jsonPath};
         case DatabaseKind::Arxml:
-        case DatabaseKind::Fibex:
             return {"arxml-parse", path, "--outputPath", jsonPath};
+        case DatabaseKind::Fibex:
+            return {"fibex-parse", path, "--outputPath", jsonPath};
     }
     return {};
 }

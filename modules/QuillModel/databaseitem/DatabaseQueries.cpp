@@ -34,15 +34,23 @@ std::shared_ptr<CanDBCEntrySignal> findSignal(const CanDBCEntry& frame, const st
     return nullptr;
 }
 
-// Contained PDUs have no fixed place in a frame, so their signals are not looked at.
-std::shared_ptr<CanArxmlEntrySignal> findSignal(const CanFdDBCEntry& frame,
+// In order: a PDU's signals, then those of its parts. PDUs behind headers are left out, as they
+// have no fixed place in a frame.
+std::shared_ptr<CanArxmlEntrySignal> findSignal(const RecordList<CanFdPdu>& pdus,
                                                 const std::string& name) {
-    for (const auto& pdu : frame.pdus) {
+    for (const auto& pdu : pdus) {
         for (const auto& signal : pdu->signals) {
             if (signal->name == name) return signal;
         }
+        if (hasHeaders(*pdu)) continue;
+        if (auto signal = findSignal(pdu->pdus, name)) return signal;
     }
     return nullptr;
+}
+
+std::shared_ptr<CanArxmlEntrySignal> findSignal(const CanFdDBCEntry& frame,
+                                                const std::string& name) {
+    return findSignal(frame.pdus, name);
 }
 
 std::shared_ptr<LinSignal> findSignal(const LDFFrame& frame, const std::string& name) {

@@ -81,9 +81,11 @@ bool isSelected(const CanDBCEntrySignal& signal, const RecordList<CanDBCEntrySig
     return false;
 }
 
-uint32_t bigEndian(std::span<const uint8_t> bytes) {
+uint32_t headerNumber(std::span<const uint8_t> bytes, bool isLittleEndian) {
     uint32_t value = 0;
-    for (const uint8_t byte : bytes) value = value << 8 | byte;
+    for (size_t i = 0; i < bytes.size(); ++i) {
+        value = value << 8 | bytes[isLittleEndian ? bytes.size() - 1 - i : i];
+    }
     return value;
 }
 
@@ -97,8 +99,9 @@ void decodeContainer(const CanFdPdu& container, std::span<const uint8_t> payload
     const size_t lengthBytes = container.header_type == kShortHeaderType ? 1 : 4;
     const size_t headerBytes = idBytes + lengthBytes;
     while (payload.size() >= headerBytes) {
-        const uint32_t id = bigEndian(payload.first(idBytes));
-        const size_t length = bigEndian(payload.subspan(idBytes, lengthBytes));
+        const bool little = container.hasLittleEndianHeaders;
+        const uint32_t id = headerNumber(payload.first(idBytes), little);
+        const size_t length = headerNumber(payload.subspan(idBytes, lengthBytes), little);
         if (id == 0) return;
         payload = payload.subspan(headerBytes);
         const auto content = payload.first(std::min(length, payload.size()));
@@ -111,13 +114,31 @@ void decodeContainer(const CanFdPdu& container, std::span<const uint8_t> payload
     }
 }
 
+// The parts without a code, and those whose code the payload has.
+void decodeParts(const CanFdPdu& pdu, std::span<const uint8_t> payload, int depth,
+                 std::vector<DecodedSignal>& decoded) {
+    const codec::SignalLayout bits = bitsOf(pdu.selector);
+    const bool known = codec::fits(bits, payload.size());
+    const uint64_t code =
+        known ? codec::parseSignalValue(payload, bits.isBigEndian, bits.startBit, bits.bitLength)
+              : 0;
+    for (const auto& part : pdu.pdus) {
+        if (!part) continue;
+        const bool inForce =
+            !part->selectorCode || (known && static_cast<uint64_t>(*part->selectorCode) == code);
+        if (inForce) decodePdu(*part, payload, depth + 1, decoded);
+    }
+}
+
 void decodePdu(const CanFdPdu& pdu, std::span<const uint8_t> payload, int depth,
                std::vector<DecodedSignal>& decoded) {
     if (depth > kMaxPduDepth) return;
     for (const auto& signal : pdu.signals) {
         if (signal) appendDecoded(*signal, payload, decoded);
     }
-    if (pdu.header_type == kShortHeaderType || pdu.header_type == kLongHeaderType) {
+    if (!hasHeaders(pdu)) {
+        decodeParts(pdu, payload, depth, decoded);
+    } else {
         const size_t start = static_cast<size_t>(std::max(pdu.startPosition, 0)) / 8;
         decodeContainer(pdu, payload.subspan(std::min(start, payload.size())), depth, decoded);
     }
@@ -142,6 +163,10 @@ std::shared_ptr<CanFdDBCEntry> firstInClusters(const CanArxmlDatabase& database,
 }
 
 }  // namespace
+
+bool hasHeaders(const CanFdPdu& pdu) {
+    return pdu.header_type == kShortHeaderType || pdu.header_type == kLongHeaderType;
+}
 
 std::optional<double> decodeSignalPhysical(const CanDBCEntrySignal& signal,
                                            std::span<const uint8_t> payload) {

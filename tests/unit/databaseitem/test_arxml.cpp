@@ -1,3 +1,4 @@
+#include <cmath>
 #include <string>
 
 #include "DatabaseTest.h"
@@ -65,7 +66,8 @@ TEST_F(ArxmlTest, pdusOfEveryKindAreRead) {
         {"type": "SECURED-I-PDU", "name": "Sec", "ipdu": [{"timing": {"cycle_time": 20},
          "isignals": [{"name": "Inner"}]}], "isignals": [{"name": "Mac", "secured_signal": true}]},
         {"type": "CONTAINER-I-PDU", "header": "SHORT-HEADER",
-         "ipdus": [{"name": "C1", "isignals": [{"name": "S1"}]}, {"name": "C2"}]},
+         "ipdus": [{"name": "C1", "header_id": 9, "isignals": [{"name": "S1"}]}, {"name": "C2",
+          "contained_ipdu_pros": {"header_id_short_header": 5, "header_id_long_header": 6}}]},
         {"type": "I-SIGNAL-I-PDU", "ipdus": [{"name": "ignored"}], "ipdu": [{"name": "ignored"}]}
         ]})"))
         << logText();
@@ -86,6 +88,7 @@ TEST_F(ArxmlTest, pdusOfEveryKindAreRead) {
     const CanFdPdu& container = *frame.pdus.at(2);
     EXPECT_EQ(container.header_type, 2);
     ASSERT_EQ(container.pdus.size(), 2u);
+    EXPECT_EQ(container.pdus.at(0)->id * 10 + container.pdus.at(1)->id, 95);
     EXPECT_EQ(container.pdus.at(0)->signals.at(0)->name, "S1");
     EXPECT_TRUE(frame.pdus.at(3)->pdus.empty());
 }
@@ -127,6 +130,10 @@ TEST_F(ArxmlTest, scalingAndLimitsHaveDefaults) {
         "compu_offset": 10}, "dataconstr": {"inter_lower_limit": 0, "inter_upper_limit": 100}})");
     EXPECT_EQ(raw.valMin, -190);
     EXPECT_EQ(raw.valMax, 10);
+    const CanArxmlEntrySignal& open =
+        readSignal(R"({"dataconstr": {"phy_lower_limit": 5, "phy_upper_limit": "INF"}})");
+    EXPECT_EQ(open.valMin, 5);
+    EXPECT_TRUE(std::isinf(open.valMax));
 }
 
 TEST(HeaderType, codesAndTextsMatch) {

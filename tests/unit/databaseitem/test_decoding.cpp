@@ -223,6 +223,37 @@ TEST(DecodeFrame, containersFollowTheirHeaders) {
     EXPECT_EQ(decode({0, 0, 0, 7, 255, 255, 255, 255, 42}), "B42 ");
 }
 
+TEST(DecodeFrame, multiplexedPduShowsThePartInForce) {
+    auto makePart = [](const char* name, std::optional<int64_t> code) {
+        auto signal = std::make_shared<CanArxmlEntrySignal>();
+        signal->name = name;
+        signal->startBit = 8;
+        signal->bitLength = 8;
+        auto part = std::make_shared<CanFdPdu>();
+        part->selectorCode = code;
+        part->signals = {signal};
+        return part;
+    };
+    auto pdu = std::make_shared<CanFdPdu>();
+    pdu->isMultiplexed = true;
+    pdu->selector.startBit = 4;
+    pdu->selector.bitLength = 2;
+    pdu->pdus = {makePart("zero", 0), makePart("three", 3), makePart("always", std::nullopt)};
+    CanFdDBCEntry frame;
+    frame.pdus = {pdu};
+    const auto names = [&](const Bytes& payload) {
+        std::vector<DecodedSignal> decoded;
+        decodeFrame(frame, payload, decoded);
+        std::string text;
+        for (const DecodedSignal& s : decoded) text += *s.name + " ";
+        return text;
+    };
+    EXPECT_EQ(names({0x00, 1}), "zero always ");
+    EXPECT_EQ(names({0x30, 1}), "three always ");
+    EXPECT_EQ(names({0x20, 1}), "always ");
+    EXPECT_EQ(names({0x30}), "");
+}
+
 TEST(FindFrame, takesNameOrIdAndExtendedFrames) {
     CanDbcDatabase db;
     const auto add = [&](int32_t id, const char* name, bool extended) {

@@ -93,11 +93,15 @@ TEST_F(QueryTest, arxmlQueriesWalkThePdusInOrder) {
                   {"isignals": [{"name": "B", "start_position": 8, "length": 8, "compu_method":
                       {"compu_scale": 1, "compu_denominator": 4, "compu_offset": 2}},
                       {"name": "A", "start_position": 16, "length": 8}]},
-                  {"type": "CONTAINER-I-PDU", "ipdus": [{"isignals": [{"name": "C"}]}]}]}]}]})");
+                  {"type": "CONTAINER-I-PDU", "header": "SHORT-HEADER",
+                   "ipdus": [{"isignals": [{"name": "C"}]}]},
+                  {"type": "MULTIPLEXED-I-PDU", "ipdus": [{"isignals": [
+                      {"name": "D", "start_position": 8, "length": 4}]}]}]}]}]})");
     const Bytes data = {1, 10, 3};
     EXPECT_EQ(numberOf(getCanSignalValueFromArxml(data, file, "F", "A").value), 1.0);
     EXPECT_EQ(numberOf(getCanSignalValueFromArxml(data, file, "F", "B").value), 4.5);
     EXPECT_EQ(getCanSignalValueFromArxml(data, file, "F", "C").code, kNotFound);
+    EXPECT_EQ(numberOf(getCanSignalValueFromArxml(data, file, "F", "D").value), 10.0);
     EXPECT_EQ(getCanFrameByIdFromArxml(file, 5).value->name, "F");
     EXPECT_EQ(getCanFrameByNameFromArxml(file, "F").value->id, 5);
     Bytes changed(2, 0);

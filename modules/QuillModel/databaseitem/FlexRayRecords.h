@@ -9,7 +9,8 @@
 
 namespace Model::database {
 
-// One place of a frame in the communication cycle: the cycles baseCycle, baseCycle + repetition, ...
+// One place of a frame in the communication cycle: the cycles baseCycle, baseCycle + repetition,
+// ...
 struct FlexRaySlot {
     int32_t slotId = 0;
     int32_t baseCycle = 0;
@@ -41,9 +42,9 @@ struct FlexRayCluster {
     std::string name;
     std::string protocol;
     std::string protocolVersion;
-    int32_t baudRate = 0;       // bit/s
-    double cycleUs = 0.0;       // length of the communication cycle
-    double macrotickUs = 0.0;   // length of a macrotick
+    int32_t baudRate = 0;      // bit/s
+    double cycleUs = 0.0;      // length of the communication cycle
+    double macrotickUs = 0.0;  // length of a macrotick
     int32_t macroticksPerCycle = 0;
     int32_t staticSlots = 0;
     int32_t staticSlotMacroticks = 0;

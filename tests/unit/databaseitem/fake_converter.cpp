@@ -11,7 +11,7 @@
 
 int main(int argc, char** argv) {
     const std::string first = argc > 1 ? argv[1] : "";
-    const bool arxml = first == "arxml-parse";
+    const bool arxml = first == "arxml-parse" || first == "fibex-parse";
     const int needed = arxml ? 5 : 3;
     if (argc < needed) return 2;
     if (arxml && std::string(argv[3]) != "--outputPath") return 2;

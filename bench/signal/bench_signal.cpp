@@ -73,7 +73,7 @@ void addOver(bench::Rounds& rounds, const char* name, std::vector<uint8_t>& data
 
 void benchPayload(const char* title, size_t size, bool quick) {
     std::vector<uint8_t> data(size, 0x5A);
-    bench::Rounds rounds(quick ? 1'600 : 320'000, quick ? 1 : 31);
+    bench::Rounds rounds(quick ? 1'600 : 32'000, quick ? 1 : 151);
     addOver(rounds, "byte loop", data, kLayouts,
             [](auto& bytes, const SignalLayout& l) { return byteLoop(bytes, l); });
     addOver(rounds, "parseSignalValue", data, kLayouts, [](auto& bytes, const SignalLayout& l) {

@@ -170,7 +170,7 @@ struct RvEthChannelConfig {
     int32_t reserved = 0;
 };
 
-// Called before every transmission with the job's own copy of the payload, which it may change.
+// Called before every transmission with a fresh copy of the job's payload, which it may change.
 // False keeps the frame from this transmission. Runs on a thread of the library.
 using RvFrameUpdateFn = bool (*)(uint8_t* data, int32_t length, void* settings);
 using RvReleaseFn = void (*)(void* settings);

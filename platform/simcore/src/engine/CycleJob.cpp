@@ -103,14 +103,16 @@ int CanCycleJob::transmit(Lock& lock) {
     // Asked first: a transmission that the channel refuses must not step counters in the payload.
     const int admitted = targetPort().admit(isFd(m_frame));
     if (admitted != kRvOk) return admitted;
+    // Each transmission starts from the frame as it was given: writers of counters rely on it.
+    RvCanFrame frame = m_frame;
     if (m_update != nullptr) {
         lock.unlock();  // user code may call back into the library
-        const bool wanted = m_update(m_frame.data, m_frame.length, m_settings);
+        const bool wanted = m_update(frame.data, frame.length, m_settings);
         lock.lock();
         if (retired()) return kRvErrorUnknownJob;
         if (!wanted) return kRvErrorRefused;
     }
-    return static_cast<CanBus*>(targetPort().bus)->send(&targetPort(), m_frame);
+    return static_cast<CanBus*>(targetPort().bus)->send(&targetPort(), frame);
 }
 
 EthernetCycleJob::EthernetCycleJob(Core& core, Box& box, Port& port,

@@ -1,6 +1,7 @@
 #include "core/hardware/crc/Crc.h"
 
 #include <array>
+#include <concepts>
 #include <cstddef>
 #include <type_traits>
 #include <utility>
@@ -36,7 +37,8 @@ uint64_t runAlgorithm(std::span<const uint8_t> data) {
     constexpr auto kParameters = parametersOf<Register>(kAlgorithm);
     constexpr auto& kTable =
         kSliceTable<Register, kAlgorithm.width, kParameters.polynomial, kParameters.reflectInput>;
-    return computeCrc(kParameters, kTable, data);
+    constexpr auto kStart = startState<kAlgorithm.reflectInput>(kParameters);
+    return finish<kAlgorithm.reflectInput>(kParameters, advance(kTable, kStart, data));
 }
 
 template <size_t... kIndex>

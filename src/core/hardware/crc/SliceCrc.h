@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <limits>
 #include <span>
+#include <utility>
 
 #include "signal/ByteOrder.h"
 
@@ -39,6 +40,7 @@ template <std::unsigned_integral Register>
 template <std::unsigned_integral Register, bool kReflected>
 struct alignas(64) SliceTable {
     static constexpr unsigned kBits = std::numeric_limits<Register>::digits;
+    static constexpr size_t kMet = kBits / 8;
 
     std::array<std::array<Register, 256>, 8> rows{};
 
@@ -52,17 +54,44 @@ struct alignas(64) SliceTable {
         }
     }
 
-    // Eight bytes, already joined with the register.
-    [[nodiscard]] constexpr Register afterWord(uint64_t word) const {
-        const auto byteAt = [word](unsigned index) {
-            return static_cast<uint8_t>(word >> (kReflected ? 8 * index : 56 - 8 * index));
-        };
-        // In pairs: a chain of eight would cost its whole length a step.
-        const auto a = rows[7][byteAt(0)] ^ rows[6][byteAt(1)];
-        const auto b = rows[5][byteAt(2)] ^ rows[4][byteAt(3)];
-        const auto c = rows[3][byteAt(4)] ^ rows[2][byteAt(5)];
-        const auto d = rows[1][byteAt(6)] ^ rows[0][byteAt(7)];
-        return static_cast<Register>((a ^ b) ^ (c ^ d));
+    // Eight bytes, the first of them in the lowest bits of a reflected word and in the highest of
+    // the other, are summed in two parts: the bytes that meet the register, and the rest, which
+    // need not wait for the step before.
+    [[nodiscard]] constexpr Register sumOfMet(Register state, uint64_t word) const {
+        const uint64_t placed = kReflected ? uint64_t{state} : uint64_t{state} << (64 - kBits);
+        return sumFrom<0>(word ^ placed, std::make_index_sequence<kMet>{});
+    }
+    [[nodiscard]] constexpr Register sumOfRest(uint64_t word) const {
+        return sumFrom<kMet>(word, std::make_index_sequence<8 - kMet>{});
+    }
+
+    // 1 to 7 bytes, looked up side by side.
+    [[nodiscard]] constexpr Register afterTail(Register state,
+                                               std::span<const uint8_t> tail) const {
+        const size_t count = tail.size();
+        const auto bits = static_cast<unsigned>(8 * count);
+        const uint64_t wide = state;
+        uint64_t sum = bits >= kBits ? 0 : kReflected ? wide >> bits : wide << bits;
+        uint64_t met = kReflected ? wide : wide << (64 - kBits);
+        for (size_t i = 0; i < count; ++i) {
+            const uint64_t outer = kReflected ? met : met >> 56;
+            sum ^= rows[count - 1 - i][static_cast<uint8_t>(tail[i] ^ outer)];
+            met = kReflected ? met >> 8 : met << 8;
+        }
+        return static_cast<Register>(sum);
+    }
+
+private:
+    template <size_t kFirst, size_t... kIndex>
+    [[nodiscard]] constexpr Register sumFrom([[maybe_unused]] uint64_t word,
+                                             std::index_sequence<kIndex...>) const {
+        return static_cast<Register>((0U ^ ... ^ entry<kFirst + kIndex>(word)));
+    }
+
+    template <size_t kByte>
+    [[nodiscard]] constexpr Register entry(uint64_t word) const {
+        constexpr unsigned kShift = kReflected ? 8 * kByte : 56 - 8 * kByte;
+        return rows[7 - kByte][static_cast<uint8_t>(word >> kShift)];
     }
 };
 
@@ -94,19 +123,49 @@ template <std::unsigned_integral Register, unsigned kWidth, Register kPolynomial
 inline constexpr SliceTable<Register, kReflected> kSliceTable =
     makeSliceTable<Register, kReflected>(kWidth, kPolynomial);
 
+// The register before the first byte.
+template <bool kReflected, std::unsigned_integral Register>
+[[nodiscard]] constexpr Register startState(const CrcParameters<Register>& parameters) {
+    constexpr unsigned kBits = std::numeric_limits<Register>::digits;
+    if constexpr (kReflected) {
+        return reflectBits(parameters.initial, parameters.width);
+    } else {
+        return static_cast<Register>(parameters.initial << (kBits - parameters.width));
+    }
+}
+
 template <std::unsigned_integral Register, bool kReflected>
 [[nodiscard]] inline Register advance(const SliceTable<Register, kReflected>& table, Register state,
                                       std::span<const uint8_t> data) {
-    constexpr unsigned kSpare = 64 - SliceTable<Register, kReflected>::kBits;
+    const auto load = kReflected ? &Model::codec::loadLittle64 : &Model::codec::loadBig64;
     const uint8_t* bytes = data.data();
     size_t left = data.size();
-    for (; left >= 8; left -= 8, bytes += 8) {
-        state = table.afterWord(kReflected
-                                    ? Model::codec::loadLittle64(bytes) ^ state
-                                    : Model::codec::loadBig64(bytes) ^ (uint64_t{state} << kSpare));
+    if (left >= 8) {
+        uint64_t word = load(bytes);
+        Register rest = table.sumOfRest(word);
+        // A word ahead: the chain from step to step holds the lookups of the met bytes only.
+        for (; left >= 16; left -= 8) {
+            state = static_cast<Register>(table.sumOfMet(state, word) ^ rest);
+            bytes += 8;
+            word = load(bytes);
+            rest = table.sumOfRest(word);
+        }
+        state = static_cast<Register>(table.sumOfMet(state, word) ^ rest);
+        bytes += 8;
+        left -= 8;
     }
-    for (; left > 0; --left, ++bytes) state = table.afterByte(state, *bytes);
-    return state;
+    return left == 0 ? state : table.afterTail(state, {bytes, left});
+}
+
+// The CRC from the register after the last byte.
+template <bool kReflected, std::unsigned_integral Register>
+[[nodiscard]] constexpr Register finish(const CrcParameters<Register>& parameters, Register state) {
+    constexpr unsigned kBits = std::numeric_limits<Register>::digits;
+    if constexpr (!kReflected) {
+        state = static_cast<Register>(state >> (kBits - parameters.width));
+    }
+    if (parameters.reflectOutput != kReflected) state = reflectBits(state, parameters.width);
+    return static_cast<Register>(state ^ parameters.finalXor);
 }
 
 // The CRC of the data; the table must be that of the parameters' polynomial and input order.
@@ -114,13 +173,8 @@ template <std::unsigned_integral Register, bool kReflected>
 [[nodiscard]] inline Register computeCrc(const CrcParameters<Register>& parameters,
                                          const SliceTable<Register, kReflected>& table,
                                          std::span<const uint8_t> data) {
-    const unsigned spare = SliceTable<Register, kReflected>::kBits - parameters.width;
-    Register state = kReflected ? reflectBits(parameters.initial, parameters.width)
-                                : static_cast<Register>(parameters.initial << spare);
-    state = advance(table, state, data);
-    if constexpr (!kReflected) state = static_cast<Register>(state >> spare);
-    if (parameters.reflectOutput != kReflected) state = reflectBits(state, parameters.width);
-    return static_cast<Register>(state ^ parameters.finalXor);
+    const Register start = startState<kReflected>(parameters);
+    return finish<kReflected>(parameters, advance(table, start, data));
 }
 
 }  // namespace RV::Crc

@@ -5,6 +5,7 @@
 #include <windows.h>
 #else
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <unistd.h>
 #endif
 
@@ -38,6 +39,16 @@ bool truncateFile(std::FILE* file, int64_t length) {
     return std::fflush(file) == 0 && _chsize_s(_fileno(file), length) == 0;
 }
 
+bool isWritableFolder(const std::filesystem::path& folder) {
+    const std::wstring name =
+        (folder / (L"quill-" + std::to_wstring(GetCurrentThreadId()) + L".tmp")).wstring();
+    HANDLE file = CreateFileW(name.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                              FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return false;
+    CloseHandle(file);
+    return true;
+}
+
 std::filesystem::path fileOfCode(const void* address) {
     HMODULE module = nullptr;
     const DWORD flags =
@@ -56,6 +67,10 @@ bool seekFile(std::FILE* file, int64_t position) { return fseeko(file, position,
 
 bool truncateFile(std::FILE* file, int64_t length) {
     return std::fflush(file) == 0 && ::ftruncate(fileno(file), length) == 0;
+}
+
+bool isWritableFolder(const std::filesystem::path& folder) {
+    return ::faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
 }
 
 std::filesystem::path fileOfCode(const void* address) {

@@ -23,6 +23,9 @@ namespace quill::os {
 
 // Cuts an open file off at a length; false when the system refuses. The position is left undefined.
 [[nodiscard]] bool truncateFile(std::FILE* file, int64_t length);
+// Whether files can be made in a folder, as this process is now. Asks the system (or, on Windows,
+// makes one that goes at once), so it is meant for finding the reason of a failure.
+[[nodiscard]] bool isWritableFolder(const std::filesystem::path& folder);
 
 // File that holds the code at this address (the loaded module or program); empty when unknown.
 [[nodiscard]] std::filesystem::path fileOfCode(const void* address);

@@ -1,5 +1,10 @@
-// Subscriptions, by device and by identifier.
+// Subscriptions, by device and by identifier, and recording.
 #include <pybind11/pybind11.h>
+#include <pybind11/stl.h>
+
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "pysdk/py_extension/bindings.h"
 #include "pysdk/py_extension/pysdk_entry.h"
@@ -71,6 +76,41 @@ void addIdSubscriptions(py::module_& m) {
         "CAN frames with an identifier delivered since it was subscribed; 0 when it is not.");
 }
 
+void bindRecordingStatus(py::module_& m) {
+    using Status = playback::RecordingStatus;
+    py::class_<Status> type(m, "RecordingStatus", "Progress of a recording, in frames.");
+    type.def_readonly("recording", &Status::recording, "A recording runs.")
+        .def_readonly("offered", &Status::offered, "Frames of the recorded channels so far.")
+        .def_readonly("staged", &Status::staged, "In memory, not yet handed over.")
+        .def_readonly("converted", &Status::converted, "Laid out in the output format.")
+        .def_readonly("written", &Status::written, "In the file.")
+        .def_readonly("dropped", &Status::dropped, "Lost; the error tells why.")
+        .def_readonly("skipped", &Status::skipped, "Of a kind that the format cannot hold.")
+        .def_readonly("bytes", &Status::bytes, "Size of the file.")
+        .def_readonly("seconds", &Status::seconds, "Since the start, until the stop.")
+        .def_readonly("error", &Status::error, "First failure, empty without one.")
+        .def("__repr__", [](const Status& self) { return toText(self); });
+    addCopies(type);
+}
+
+void addRecording(py::module_& m) {
+    m.def(
+        "enableDataRecording",
+        [](const std::string& path, std::vector<int32_t> channels,
+           Ranged<"format", int64_t> format) {
+            PySDKEntry::instance().enableRecording(path, std::move(channels), format);
+        },
+        py::arg("path"), py::arg("channels"), py::arg("format"),
+        "Record the received frames of channels, or of all channels when the list is empty, into "
+        "a file: format 1 ASC, any other BLF. Raises ValueError when the file cannot be made.");
+    m.def(
+        "disableDataRecording", [] { PySDKEntry::instance().disableRecording(); },
+        "End the recording and complete its file; does nothing without a recording.");
+    m.def(
+        "getRecordingStatus", [] { return PySDKEntry::instance().recordingStatus(); },
+        "RecordingStatus of the running recording, else of the last one.");
+}
+
 }  // namespace
 }  // namespace scripts
 
@@ -78,4 +118,6 @@ void bindReceive(py::module_& m) {
     scripts::addDeviceSubscriptions(m);
     scripts::addIdSubscriptions(m);
     scripts::addLinSubscriptions(m);
+    scripts::bindRecordingStatus(m);
+    scripts::addRecording(m);
 }

@@ -29,7 +29,7 @@ void FrameDelivery::deliver(rv::FrameType type, rv::FrameHolder& frame, const rv
         step(m_dropped);
         return;
     }
-    if (m_tap) m_tap(type, *frame, info);
+    m_recording.offer(*frame);
     const CallbackTargets targets = m_registries.targetsOf(type, *frame, info.deviceId);
     if (!targets) {
         step(m_dropped);

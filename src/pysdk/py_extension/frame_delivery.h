@@ -2,11 +2,10 @@
 
 #include <atomic>
 #include <cstdint>
-#include <functional>
-#include <memory>
 
 #include "core/hardware/ReceiveCallback.h"
 #include "pysdk/py_extension/record_objects.h"
+#include "pysdk/py_extension/recording.h"
 #include "pysdk/py_extension/script_registries.h"
 
 namespace scripts {
@@ -22,9 +21,6 @@ struct DeliveryCounters {
     uint64_t errors = 0;  // callables that raised
 };
 
-// Keeps frames beside the callables; runs on the dispatch thread before them.
-using FrameTap = std::function<void(rv::FrameType, const rv::Frame&, const rv::FrameInfo&)>;
-
 // Hands frames of the box manager to script callables. The box manager outlives the entry, so
 // this object belongs to both and stays safe, with nothing to call, once it is closed.
 class FrameDelivery : public rv::FrameReceiver {
@@ -32,8 +28,8 @@ public:
     void deliver(rv::FrameType type, rv::FrameHolder& frame, const rv::FrameInfo& info) override;
 
     [[nodiscard]] ScriptRegistries& registries() { return m_registries; }
-    // Set before frames flow.
-    void setTap(FrameTap tap) { m_tap = std::move(tap); }
+    // Gets every frame, whether or not a callable wants it.
+    [[nodiscard]] Recording& recording() { return m_recording; }
     void close();
 
     [[nodiscard]] DeliveryCounters counters() const;
@@ -45,7 +41,7 @@ private:
     void callOne(const ScriptCallback& callback, rv::FrameType type, const rv::Frame& frame);
 
     ScriptRegistries m_registries;
-    FrameTap m_tap;
+    Recording m_recording;
     RecordObjects m_objects;  // guarded by the interpreter lock
     std::atomic<bool> m_closed{false};
     // Written by the dispatch thread only.

@@ -3,7 +3,11 @@
 #include <pybind11/pybind11.h>
 
 #include <atomic>
+#include <chrono>
+#include <future>
+#include <memory>
 #include <mutex>
+#include <stdexcept>
 #include <thread>
 
 #include "core/hardware/boxdev/DeviceManager.h"
@@ -21,6 +25,7 @@ constexpr int kDestructorLine = 51;
 // Bounds how long a blocked callable can hold up exit() and the end of a script.
 constexpr int kStopDeliveryMs = 1000;
 constexpr int kStopAtEndMs = 500;
+constexpr int kStopDevicesMs = 1000;
 
 std::mutex g_createMutex;
 std::atomic<PySDKEntry*> g_entry{nullptr};
@@ -34,6 +39,23 @@ void printNotice(const std::shared_ptr<rv::DeviceNotice>& notice) {
                                              "[RVBoxConfigManager] dip status change !"};
     if (notice == nullptr || notice->type >= std::size(kTexts)) return;
     scripts::writeLine(kTexts[notice->type] + notice->deviceId + notice->name);
+}
+
+// Stops the device layer, whose threads must not run into the end of the process, but waits only
+// so long: a box that does not answer must not keep a script from ending.
+void stopDevices(int waitMs) {
+    auto done = std::make_shared<std::promise<void>>();
+    std::future<void> finished = done->get_future();
+    auto stopper = std::make_unique<std::thread>([done] {
+        RV::BoxDev::DeviceManager::instance().stop();
+        done->set_value();
+    });
+    if (finished.wait_for(std::chrono::milliseconds(waitMs)) == std::future_status::ready) {
+        stopper->join();
+        return;
+    }
+    QUILL_WARN(quill::log::kPysdk, "the script ends while a box is being closed");
+    (void)stopper.release();  // the process ends with it
 }
 
 PySDKEntry* createOnce() {
@@ -93,6 +115,8 @@ void PySDKEntry::closeAtInterpreterEnd() {
         if (!entry->m_manager->stopDelivery(kStopAtEndMs)) {
             QUILL_WARN(quill::log::kPysdk, "the script ends while a frame callable runs");
         }
+        delivery->recording().stop();
+        stopDevices(kStopDevicesMs);
     }
     delivery->registries().clear();
 }
@@ -120,6 +144,7 @@ PySDKEntry::~PySDKEntry() {
             QUILL_WARN(quill::log::kPysdk, "a frame callable still runs after exit()");
         }
         RV::BoxDev::DeviceManager::instance().stop();
+        m_delivery->recording().stop();
     }
     m_delivery->registries().clear();
 }

@@ -69,6 +69,12 @@ public:
     [[nodiscard]] bool unsubscribeCan(const scripts::DeviceHandle& handle);
     [[nodiscard]] bool unsubscribeLin(const scripts::DeviceHandle& handle);
 
+    // A second start while a recording runs only tells of it. Raises ValueError when the file
+    // cannot be made.
+    void enableRecording(const std::string& path, std::vector<int32_t> channels, int64_t format);
+    void disableRecording();
+    [[nodiscard]] playback::RecordingStatus recordingStatus();
+
     [[nodiscard]] scripts::FrameDelivery& delivery() { return *m_delivery; }
     [[nodiscard]] rv::RVBoxManager& manager() { return *m_manager; }
 
@@ -76,7 +82,8 @@ private:
     [[nodiscard]] bool startTracing(const std::string& mac);
     [[nodiscard]] bool stopTracing(const std::string& mac);
 
-    // Holds the six registries. Shared with the box manager, which outlives the entry.
+    // Holds the six registries and the recording. Shared with the box manager, which outlives the
+    // entry.
     std::shared_ptr<scripts::FrameDelivery> m_delivery;
     rv::RVBoxManager* m_manager;  // stays alive until the process ends
 };

@@ -1,9 +1,12 @@
 // Receiving and transmitting of the entry.
 #include <QString>
+#include <memory>
+#include <utility>
 
 #include "core/log/Log.h"
 #include "pysdk/py_extension/interpreter_lock.h"
 #include "pysdk/py_extension/pysdk_entry.h"
+#include "pysdk/py_extension/standard_output.h"
 
 using quill::log::kPysdk;
 using rv::BoxResult;
@@ -44,6 +47,31 @@ bool PySDKEntry::unsubscribeCan(const DeviceHandle& handle) {
 bool PySDKEntry::unsubscribeLin(const DeviceHandle& handle) {
     m_delivery->registries().setLin(handle.deviceInfo.mac, {});
     return stopTracing(handle.deviceInfo.mac);
+}
+
+void PySDKEntry::enableRecording(const std::string& path, std::vector<int32_t> channels,
+                                 int64_t format) {
+    const std::shared_ptr<scripts::FrameDelivery> delivery = m_delivery;
+    bool started = false;
+    {
+        const InterpreterRelease released;
+        started = delivery->recording().start(path, std::move(channels), format);
+    }
+    if (started) return;
+    scripts::flushScriptOutput();
+    scripts::writeLine("enableDataRecording and disableDataRecording are called in pairs");
+}
+
+void PySDKEntry::disableRecording() {
+    const std::shared_ptr<scripts::FrameDelivery> delivery = m_delivery;
+    const InterpreterRelease released;
+    delivery->recording().stop();
+}
+
+playback::RecordingStatus PySDKEntry::recordingStatus() {
+    const std::shared_ptr<scripts::FrameDelivery> delivery = m_delivery;
+    const InterpreterRelease released;
+    return delivery->recording().status();
 }
 
 BoxResult PySDKEntry::sendFrame(const DeviceHandle& handle, const CANRawFrame& frame,

@@ -1,0 +1,25 @@
+"""Waiting for frames without fixed times."""
+import threading
+
+TIMEOUT_S = 30
+
+
+class Inbox:
+    """A callable that keeps what it is called with."""
+
+    def __init__(self, keep=lambda frame: True):
+        self._changed = threading.Condition()
+        self._keep = keep
+        self.frames = []
+
+    def __call__(self, frame):
+        with self._changed:
+            if self._keep(frame):
+                self.frames.append(frame)
+                self._changed.notify_all()
+
+    def wait(self, count):
+        with self._changed:
+            done = self._changed.wait_for(lambda: len(self.frames) >= count, TIMEOUT_S)
+        assert done, f"{len(self.frames)} of {count} frames"
+        return list(self.frames)

@@ -1,0 +1,39 @@
+"""Every example runs as a user would run it."""
+import os
+import pathlib
+import subprocess
+import sys
+
+import pytest
+
+EXAMPLES = pathlib.Path(__file__).resolve().parents[2] / "examples"
+
+
+def run(name, *arguments, cwd, **changes):
+    env = {key: value for key, value in os.environ.items() if not key.startswith("SIMCORE_")}
+    return subprocess.run([sys.executable, str(EXAMPLES / name), *arguments], cwd=cwd,
+                          env=env | changes, capture_output=True, text=True, timeout=120)
+
+
+def test_quickstart(tmp_path):
+    result = run("quickstart.py", cwd=tmp_path)
+    assert result.returncode == 0, result.stderr
+    assert "DeviceHandle(mac=" in result.stdout
+    assert "CANRawFrame: timestamp:" in result.stdout
+    assert "0x123 was received 10 times" in result.stdout
+
+
+def test_quickstart_with_a_recorded_log(tmp_path):
+    log = tmp_path / "drive.log"
+    log.write_text("".join(f"({1700000000 + n / 1000:.6f}) can0 2A{n % 4}#0102{n:02X}\n"
+                           for n in range(100)))
+    result = run("quickstart.py", cwd=tmp_path, SIMCORE_REPLAY=str(log))
+    assert result.returncode == 0, result.stderr
+    assert "0x2A3" in result.stdout
+
+
+@pytest.mark.parametrize("name", ["quickstart.py"])
+def test_without_a_box_the_script_says_so(tmp_path, name):
+    result = run(name, cwd=tmp_path, SIMCORE_NETWORK='{"boxes": []}')
+    assert result.returncode == 1
+    assert "no box" in result.stdout + result.stderr

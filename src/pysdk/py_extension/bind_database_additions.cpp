@@ -70,11 +70,10 @@ py::dict decodeAll(const Frame& frame, py::handle data) {
     db::decodeFrame(frame, payload.bytes(), decoded);
     py::dict result;
     for (const db::DecodedSignal& signal : decoded) {
-        PyObject* value =
-            signal.text != nullptr
-                ? PyUnicode_FromStringAndSize(signal.text->data(),
-                                              static_cast<Py_ssize_t>(signal.text->size()))
-                : PyFloat_FromDouble(signal.physical);
+        PyObject* value = signal.text != nullptr ? PyUnicode_FromStringAndSize(
+                                                       signal.text->data(),
+                                                       static_cast<Py_ssize_t>(signal.text->size()))
+                                                 : PyFloat_FromDouble(signal.physical);
         setItem(result.ptr(), *signal.name, value);
     }
     return result;

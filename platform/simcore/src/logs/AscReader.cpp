@@ -126,7 +126,8 @@ LineResult AscReader::parseFd(Words words, LogFrame& frame) const {
     words.skip(2);  // duration and bit count
     // Without the columns behind the payload the line is taken for what it is called.
     const uint32_t flags = parseNumber<uint32_t>(words.next(), 16).value_or(kEdlFlag);
-    const bool fd = (flags & kEdlFlag) != 0;
+    // Some writers leave the flags at zero; more than eight bytes tell what the frame is.
+    const bool fd = (flags & kEdlFlag) != 0 || *length > 8;
     if (fd) can.extend[0] |= flag::kEdl;
     if (fd && brs == "1") can.extend[0] |= flag::kBrs;
     if (fd && esi == "1") can.extend[0] |= flag::kEsi;

@@ -1,4 +1,6 @@
 #include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
 
 #include "support.h"
 
@@ -133,6 +135,44 @@ TEST_F(Documents, everyPieceOfTheExampleIsRead) {
     EXPECT_EQ(dip.sel1, 1);
     EXPECT_GE(simcore::busLoad("body"), 0.0);
     EXPECT_LT(simcore::busLoad("spare"), 0.0);
+}
+
+// The guide's own example, with a log that exists.
+TEST_F(Documents, theExampleOfTheGuideLoads) {
+    std::ifstream guide(QUILL_SOURCE_DIR "/docs/virtual-network.md");
+    std::stringstream text;
+    text << guide.rdbuf();
+    const size_t begin = text.str().find("```json") + 7;
+    auto document =
+        nlohmann::json::parse(text.str().substr(begin, text.str().find("```", begin) - begin));
+    const std::string log = ::testing::TempDir() + "simcore_guide.asc";
+    std::ofstream(log) << "0.1 1 123 Rx d 1 00\n";
+    document["sources"][1]["replay"]["file"] = log;
+    load(document.dump());
+    EXPECT_EQ(scan().size(), 2U);
+}
+
+// Whatever the schema allows is known to the reader; a key that only one of them has is a mistake.
+TEST_F(Documents, keysOfTheSchemaAreKnown) {
+    std::ifstream file(QUILL_SOURCE_DIR "/docs/network.schema.json");
+    const auto schema = nlohmann::json::parse(file);
+    const auto wrap = [](const std::string& what, nlohmann::json entry) {
+        if (what == "bus") return nlohmann::json{{"buses", {{"x", std::move(entry)}}}};
+        if (what == "box") return nlohmann::json{{"boxes", {std::move(entry)}}};
+        if (what == "usbDevice") return nlohmann::json{{"usb", {std::move(entry)}}};
+        return nlohmann::json{{what + "s", {std::move(entry)}}};
+    };
+    int keys = 0;
+    for (const char* what : {"bus", "box", "usbDevice", "source", "responder", "fault"}) {
+        for (const auto& [key, value] : schema["$defs"][what]["properties"].items()) {
+            std::string reason;
+            nlohmann::json entry = {{key, nullptr}};
+            simcore::loadNetwork(wrap(what, entry).dump(), reason);
+            EXPECT_EQ(reason.find("unknown key"), std::string::npos) << what << ": " << reason;
+            ++keys;
+        }
+    }
+    EXPECT_GT(keys, 50);
 }
 
 TEST_F(Documents, aFileIsNamedByItsPath) {

@@ -26,7 +26,8 @@ void Dispatcher::stop() {
         m_events.clear();
     }
     m_wake.notify_all();
-    if (m_thread.joinable()) m_thread.join();
+    // A callback that ends the process would wait for itself here.
+    if (m_thread.joinable() && std::this_thread::get_id() != m_thread.get_id()) m_thread.join();
 }
 
 void Dispatcher::post(Event event) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <tao/pegtl.hpp>
 
 #include "ldf/LdfTokens.h"
@@ -222,6 +223,8 @@ struct BalancedBraces {
         size_t depth = 0;
         const char* at = in.current();
         for (; at != in.end(); ++at) {
+            if (*at == '"') at = std::find(at + 1, in.end(), '"');
+            if (at == in.end()) break;
             if (*at == '{') ++depth;
             if (*at == '}' && --depth == 0) break;
         }

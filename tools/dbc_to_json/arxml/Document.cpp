@@ -66,8 +66,12 @@ std::optional<ReadError> Document::parse(std::string& text) {
 void Document::dropPrefixes() {
     const auto top = root();
     auto node = top;
+    std::string local;  // a copy, since the new name goes where the old one stands
     while (node) {
-        if (const char* colon = std::strchr(node.name(), ':')) node.set_name(colon + 1);
+        if (const char* colon = std::strchr(node.name(), ':')) {
+            local = colon + 1;
+            node.set_name(local.c_str());
+        }
         if (const auto inner = node.first_child()) {
             node = inner;
             continue;

@@ -1,7 +1,11 @@
 // Features and faults of AUTOSAR descriptions, each in a small text of its own.
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <random>
+
 #include "ArxmlTestSupport.h"
+#include "common/TextDecoding.h"
 
 namespace arxmltest {
 namespace {
@@ -79,6 +83,8 @@ TEST(CompuMethod, everyCategory) {
          R"({"1":"on","2":"on","3":"on","9":"nine"})"},
         {"hugeRange", scales("TEXTTABLE", text("0", "4294967295", "any")), 0, 1, 1,
          R"({"0":"any"})"},
+        {"beyondExact", scales("TEXTTABLE", text("1e17", "100000000000000200", "far")), 0, 1, 1,
+         R"({"100000000000000000":"far"})"},
         {"infinite", scales("TEXTTABLE", text("5", "INF", "high")), 0, 1, 1, R"({"5":"high"})"},
         {"bitField", scales("BITFIELD_TEXTTABLE", text("4", "4", "door", "0x4")), 0, 1, 1, "{}"},
     };
@@ -91,7 +97,7 @@ TEST(CompuMethod, everyCategory) {
         EXPECT_EQ(compu.at("compu_denominator"), row.denominator) << row.name;
         Json table = Json::object();
         for (const auto& entry : compu.at("value_table")) {
-            table[std::to_string(entry.at("value").get<int>())] = entry.at("name");
+            table[std::to_string(std::llround(entry.at("value").get<double>()))] = entry.at("name");
         }
         EXPECT_EQ(table, Json::parse(row.table)) << row.name;
         if (std::string_view(row.name) == "bitField") {
@@ -285,6 +291,27 @@ TEST(Bombs, sharedPdusAreNotWrittenWithoutEnd) {
     EXPECT_EQ(read.error, "the database would fill more than 256 MB when written out");
 }
 
+// Groups that contain one another many times are walked once.
+TEST(Bombs, groupsAreVisitedOncePerControlUnit) {
+    std::string elements =
+        "<ECU-INSTANCE><SHORT-NAME>ecu</SHORT-NAME><ASSOCIATED-COM-I-PDU-GROUP-REFS><R-REF>/E/g0"
+        "</R-REF></ASSOCIATED-COM-I-PDU-GROUP-REFS></ECU-INSTANCE>";
+    for (int level = 0; level < 8; ++level) {
+        elements += "<I-SIGNAL-I-PDU-GROUP><SHORT-NAME>g" + std::to_string(level) +
+                    "</SHORT-NAME><COMMUNICATION-DIRECTION>OUT</COMMUNICATION-DIRECTION>"
+                    "<I-SIGNAL-I-PDUS><X><I-SIGNAL-I-PDU-REF>/P/pdu</I-SIGNAL-I-PDU-REF></X>"
+                    "</I-SIGNAL-I-PDUS><CONTAINED-I-SIGNAL-I-PDU-GROUP-REFS>";
+        for (int copy = 0; copy < 60; ++copy) {
+            elements += "<R-REF>/E/g" + std::to_string((level + 1) % 8) + "</R-REF>";
+        }
+        elements += "</CONTAINED-I-SIGNAL-I-PDU-GROUP-REFS></I-SIGNAL-I-PDU-GROUP>";
+    }
+    const auto read = convertText(
+        oneFrame(signalPdu("pdu"), package("S", kPlainSignal) + package("E", elements)));
+    ASSERT_EQ(read.error, "");
+    EXPECT_EQ(firstPdu(read).at("senders"), Json({"ecu"}));
+}
+
 TEST(Bombs, entitiesStayUnexpanded) {
     const std::string whole =
         "<?xml version=\"1.0\"?><!DOCTYPE a [<!ENTITY a \"aaaaaaaaaa\"><!ENTITY b "
@@ -308,6 +335,41 @@ TEST(Bombs, tagsWithoutContentAreRefused) {
     std::string tags;
     for (int at = 0; at < 400000; ++at) tags += "<a>";
     EXPECT_NE(convertText(tags).error.find("tags with next to no content"), std::string::npos);
+}
+
+// Whole samples with pieces cut out, doubled, moved and spoilt: an answer always, never a crash.
+TEST(Bombs, spoiltSamplesNeverCrash) {
+    constexpr unsigned kSeed = 20261121;
+    std::mt19937 random(kSeed);
+    for (const char* name : {"backbone.arxml", "chassis_fibex.xml"}) {
+        const std::string whole = readText(dataFile(name));
+        for (int round = 0; round < 300; ++round) {
+            std::string spoilt = whole;
+            for (int change = 0; change < 1 + round % 4; ++change) {
+                const size_t at = random() % spoilt.size();
+                const size_t length = 1 + random() % 60;
+                const std::string piece = spoilt.substr(at, length);
+                switch (random() % 4) {
+                    case 0:
+                        spoilt.erase(at, length);
+                        break;
+                    case 1:
+                        spoilt.insert(at, piece);
+                        break;
+                    case 2:
+                        spoilt.insert(random() % spoilt.size(), piece);
+                        break;
+                    default:
+                        spoilt[at] = static_cast<char>('0' + random() % 10);
+                        break;
+                }
+            }
+            for (const auto format : {quill::arxml::Format::kArxml, quill::arxml::Format::kFibex}) {
+                const auto read = convertText(quill::dbjson::decodeText(spoilt), format);
+                EXPECT_NE(read.error.empty(), read.json.is_null()) << "seed " << kSeed;
+            }
+        }
+    }
 }
 
 TEST(Bombs, cutAnywhereNeverCrashes) {

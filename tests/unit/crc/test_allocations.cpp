@@ -11,14 +11,21 @@ namespace {
 size_t allocationCount = 0;
 }  // namespace
 
+// Not inlined: half an inlined pair looks like a mismatch to the compiler.
+#if defined(__GNUC__)
+#define QUILL_APART __attribute__((noinline))
+#else
+#define QUILL_APART
+#endif
+
 // Counts every allocation of this program.
-void* operator new(size_t size) {
+QUILL_APART void* operator new(size_t size) {
     ++allocationCount;
     if (void* memory = std::malloc(size == 0 ? 1 : size)) return memory;
     throw std::bad_alloc();
 }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, size_t) noexcept { std::free(memory); }
+QUILL_APART void operator delete(void* memory) noexcept { std::free(memory); }
+QUILL_APART void operator delete(void* memory, size_t) noexcept { std::free(memory); }
 
 namespace {
 

@@ -29,8 +29,4 @@ inline void storeLittle64(uint8_t* bytes, uint64_t value) noexcept {
     std::memcpy(bytes, &value, sizeof value);
 }
 
-inline void storeBig64(uint8_t* bytes, uint64_t value) noexcept {
-    storeLittle64(bytes, swapBytes(value));
-}
-
 }  // namespace Model::codec

@@ -19,10 +19,6 @@ constexpr uint64_t lengthMask(uint32_t bitLength) {
     return bitLength == 64 ? ~uint64_t{0} : shiftLeft(1, bitLength) - 1;
 }
 
-constexpr uint64_t lowBytesMask(uint32_t count) {
-    return count >= 8 ? ~uint64_t{0} : (uint64_t{1} << (8 * count)) - 1;
-}
-
 // The last byte of an Intel signal. Wraps on 32 bits, so that the length 0 at position 0 reaches to
 // the end of any payload: readers of empty signals count on the error value that follows from it.
 constexpr uint32_t lastIntelByte(uint32_t startBit, uint32_t bitLength) {
@@ -125,41 +121,28 @@ ClearRange clearRange(bool isBigEndian, uint32_t startBit, uint32_t bitLength) {
 void clearPositions(std::span<uint8_t> payload, ClearRange range) {
     const auto first = static_cast<size_t>(range.first >> 3);
     if (range.empty() || first >= payload.size()) return;
-    auto last = static_cast<size_t>(range.last >> 3);
-    auto lastBits = 0xFFU << (7 - (range.last & 7));
-    if (last >= payload.size()) {
-        last = payload.size() - 1;
-        lastBits = 0xFFU;
+    const auto last = static_cast<size_t>(range.last >> 3);
+    unsigned bits = 0xFFU >> (range.first & 7);
+    for (size_t k = first; k <= last && k < payload.size(); ++k) {
+        if (k == last) bits &= 0xFFU << (7 - (range.last & 7));
+        payload[k] = static_cast<uint8_t>(payload[k] & ~bits);
+        bits = 0xFFU;
     }
-    const auto firstBits = 0xFFU >> (range.first & 7);
-    if (first == last) {
-        payload[first] = static_cast<uint8_t>(payload[first] & ~(firstBits & lastBits));
-        return;
-    }
-    payload[first] = static_cast<uint8_t>(payload[first] & ~firstBits);
-    for (size_t k = first + 1; k < last; ++k) payload[k] = 0;
-    payload[last] = static_cast<uint8_t>(payload[last] & ~lastBits);
 }
 
+// Takes the low 8 bits.
 void orByte(uint8_t& byte, uint64_t bits) { byte = static_cast<uint8_t>(byte | bits); }
 
+// Byte by byte: a wider access would have to wait for the bytes that the clear has just stored.
 // The raw value is ORed in unmasked: scripts that set a signal to -1 count on the whole of the last
 // byte being ones.
 void writeIntel(std::span<uint8_t> payload, uint64_t raw, uint32_t startBit, uint32_t bitLength) {
     const size_t b = startBit >> 3;
     const uint32_t r = startBit & 7U;
-    const uint32_t last = lastIntelByte(startBit, bitLength);
-    const auto reach = last - static_cast<uint32_t>(b);
-    if (reach <= 7 && b + 8 <= payload.size()) {
-        uint8_t* const place = payload.data() + b;
-        storeLittle64(place, loadLittle64(place) | ((raw << r) & lowBytesMask(reach + 1)));
-        return;
-    }
-    orByte(payload[b], (raw << r) & 0xFFU);
-    const size_t end = std::min<size_t>(size_t{last} + 1, payload.size());
-    for (size_t k = b + 1; k < end; ++k) {
-        const auto count = static_cast<uint32_t>(8 * (k - b)) - r;
-        orByte(payload[k], shiftRight(raw, count) & 0xFFU);
+    const size_t last = lastIntelByte(startBit, bitLength);
+    orByte(payload[b], raw << r);
+    for (size_t k = b + 1; k <= last && k < payload.size(); ++k) {
+        orByte(payload[k], shiftRight(raw, static_cast<uint32_t>(8 * (k - b)) - r));
     }
 }
 
@@ -169,15 +152,8 @@ void writeMotorola(std::span<uint8_t> payload, uint64_t raw, uint32_t startBit,
     const uint32_t r = startBit & 7U;
     const uint32_t depth = motorolaDepth(startBit, bitLength);
     if (depth > b) return;
-    if (depth <= 7 && b >= 7) {
-        uint8_t* const place = payload.data() + b - 7;
-        storeBig64(place, loadBig64(place) | ((raw << r) & lowBytesMask(depth + 1)));
-        return;
-    }
-    orByte(payload[b], (raw << r) & 0xFFU);
-    for (uint32_t k = 1; k <= depth; ++k) {
-        orByte(payload[b - k], shiftRight(raw, 8 * k - r) & 0xFFU);
-    }
+    orByte(payload[b], raw << r);
+    for (uint32_t k = 1; k <= depth; ++k) orByte(payload[b - k], shiftRight(raw, 8 * k - r));
 }
 
 }  // namespace

@@ -12,7 +12,7 @@ namespace {
 
 using literal::Bytes;
 
-constexpr unsigned kSeed = 20240917;
+constexpr unsigned kLayoutSeed = 20240917;
 constexpr int kRounds = 400'000;
 
 struct Layout {
@@ -23,7 +23,7 @@ struct Layout {
 
 class RandomLayouts {
 public:
-    RandomLayouts() { std::printf("seed %u\n", kSeed); }
+    RandomLayouts() { std::printf("seed %u\n", kLayoutSeed); }
 
     Bytes payload() {
         Bytes bytes(m_random() % 5 == 0 ? m_random() % 72 : m_random() % 17);
@@ -51,7 +51,7 @@ public:
     uint64_t value() { return m_random() >> (m_random() % 64); }
 
 private:
-    std::mt19937_64 m_random{kSeed};
+    std::mt19937_64 m_random{kLayoutSeed};
 };
 
 testing::Message describe(const Bytes& data, const Layout& layout) {

@@ -45,57 +45,41 @@ PhysicalLayout scaled(double factor, double offset, double minimum, double maxim
 }
 PhysicalLayout floating(uint32_t length) { return {{0, length, false}, false, true, 1, 0, 0, 0}; }
 
-INSTANTIATE_TEST_SUITE_P(
-    Edges, Encode,
-    ::testing::Values(
-        EncodeCase{"nibbleKeepsNeighbours",
-                   signedLayout(2, 4),
-                   -1,
-                   EncodeStatus::Ok,
-                   {0xBD, 0xA5, 0xA5, 0xA5}},
-        EncodeCase{"motorolaAcrossBytes",
-                   signedLayout(12, 8, true),
-                   0x12,
-                   EncodeStatus::Ok,
-                   {0xA1, 0x25, 0xA5, 0xA5}},
-        EncodeCase{
-            "lowestSigned", signedLayout(0, 8), -128, EncodeStatus::Ok, {0x80, 0xA5, 0xA5, 0xA5}},
-        EncodeCase{"belowSigned", signedLayout(0, 8), -129, EncodeStatus::Overflow, {}},
-        EncodeCase{"aboveSigned", signedLayout(0, 8), 128, EncodeStatus::Overflow, {}},
-        EncodeCase{"roundsIntoRange",
-                   signedLayout(0, 8),
-                   127.4,
-                   EncodeStatus::Ok,
-                   {0x7F, 0xA5, 0xA5, 0xA5}},
-        EncodeCase{"roundsOutOfRange", signedLayout(0, 8), 127.5, EncodeStatus::Overflow, {}},
-        EncodeCase{"factorAndOffset",
-                   scaled(0.5, -40, 0, 0),
-                   -30,
-                   EncodeStatus::Ok,
-                   {0xA5, 20, 0xA5, 0xA5}},
-        EncodeCase{
-            "nearestRaw", scaled(0.1, 0, 0, 0), 0.3, EncodeStatus::Ok, {0xA5, 3, 0xA5, 0xA5}},
-        EncodeCase{"unsignedBelowZero", scaled(1, 0, 0, 0), -1, EncodeStatus::Overflow, {}},
-        EncodeCase{"unsignedTooLarge", scaled(1, 0, 0, 0), 256, EncodeStatus::Overflow, {}},
-        EncodeCase{
-            "atTheLimit", scaled(1, 0, 3, 100), 100, EncodeStatus::Ok, {0xA5, 100, 0xA5, 0xA5}},
-        EncodeCase{"aboveTheLimit", scaled(1, 0, 3, 100), 101, EncodeStatus::OutOfLimits, {}},
-        EncodeCase{"belowTheLimit", scaled(1, 0, 3, 100), 2, EncodeStatus::OutOfLimits, {}},
-        EncodeCase{
-            "zeroFactorAtOffset", scaled(0, 7, 0, 0), 7, EncodeStatus::Ok, {0xA5, 0, 0xA5, 0xA5}},
-        EncodeCase{"zeroFactorElsewhere", scaled(0, 7, 0, 0), 8, EncodeStatus::Overflow, {}},
-        EncodeCase{"infinite", scaled(1, 0, 0, 0), kInfinity, EncodeStatus::NotFinite, {}},
-        EncodeCase{"notANumber", floating(32), kNotANumber, EncodeStatus::NotFinite, {}},
-        EncodeCase{"badFactor", scaled(kNotANumber, 0, 0, 0), 1, EncodeStatus::NotFinite, {}},
-        EncodeCase{"float32", floating(32), 1.5, EncodeStatus::Ok, {0, 0, 0xC0, 0x3F}},
-        EncodeCase{"float32TooLarge", floating(32), 1e39, EncodeStatus::Overflow, {}},
-        EncodeCase{"float64DoesNotFit", floating(64), 1, EncodeStatus::DoesNotFit, {}},
-        EncodeCase{"float16IsUnknown", floating(16), 1, EncodeStatus::DoesNotFit, {}},
-        EncodeCase{"noLength", signedLayout(0, 0), 0, EncodeStatus::DoesNotFit, {}},
-        EncodeCase{"tooLong", signedLayout(0, 65), 0, EncodeStatus::DoesNotFit, {}},
-        EncodeCase{"pastTheEnd", signedLayout(25, 8), 0, EncodeStatus::DoesNotFit, {}},
-        EncodeCase{"beforeTheStart", signedLayout(1, 8, true), 0, EncodeStatus::DoesNotFit, {}}),
-    [](const auto& row) { return std::string(row.param.name); });
+// clang-format off
+const EncodeCase kEncodeCases[] = {
+    {"nibbleKeepsNeighbours", signedLayout(2, 4), -1, EncodeStatus::Ok, {0xBD, 0xA5, 0xA5, 0xA5}},
+    {"motorolaAcrossBytes", signedLayout(12, 8, true), 0x12, EncodeStatus::Ok,
+     {0xA1, 0x25, 0xA5, 0xA5}},
+    {"lowestSigned", signedLayout(0, 8), -128, EncodeStatus::Ok, {0x80, 0xA5, 0xA5, 0xA5}},
+    {"belowSigned", signedLayout(0, 8), -129, EncodeStatus::Overflow, {}},
+    {"aboveSigned", signedLayout(0, 8), 128, EncodeStatus::Overflow, {}},
+    {"roundsIntoRange", signedLayout(0, 8), 127.4, EncodeStatus::Ok, {0x7F, 0xA5, 0xA5, 0xA5}},
+    {"roundsOutOfRange", signedLayout(0, 8), 127.5, EncodeStatus::Overflow, {}},
+    {"factorAndOffset", scaled(0.5, -40, 0, 0), -30, EncodeStatus::Ok, {0xA5, 20, 0xA5, 0xA5}},
+    {"nearestRaw", scaled(0.1, 0, 0, 0), 0.3, EncodeStatus::Ok, {0xA5, 3, 0xA5, 0xA5}},
+    {"unsignedBelowZero", scaled(1, 0, 0, 0), -1, EncodeStatus::Overflow, {}},
+    {"unsignedTooLarge", scaled(1, 0, 0, 0), 256, EncodeStatus::Overflow, {}},
+    {"atTheLimit", scaled(1, 0, 3, 100), 100, EncodeStatus::Ok, {0xA5, 100, 0xA5, 0xA5}},
+    {"aboveTheLimit", scaled(1, 0, 3, 100), 101, EncodeStatus::OutOfLimits, {}},
+    {"belowTheLimit", scaled(1, 0, 3, 100), 2, EncodeStatus::OutOfLimits, {}},
+    {"zeroFactorAtOffset", scaled(0, 7, 0, 0), 7, EncodeStatus::Ok, {0xA5, 0, 0xA5, 0xA5}},
+    {"zeroFactorElsewhere", scaled(0, 7, 0, 0), 8, EncodeStatus::Overflow, {}},
+    {"infinite", scaled(1, 0, 0, 0), kInfinity, EncodeStatus::NotFinite, {}},
+    {"notANumber", floating(32), kNotANumber, EncodeStatus::NotFinite, {}},
+    {"badFactor", scaled(kNotANumber, 0, 0, 0), 1, EncodeStatus::NotFinite, {}},
+    {"float32", floating(32), 1.5, EncodeStatus::Ok, {0, 0, 0xC0, 0x3F}},
+    {"float32TooLarge", floating(32), 1e39, EncodeStatus::Overflow, {}},
+    {"float64DoesNotFit", floating(64), 1, EncodeStatus::DoesNotFit, {}},
+    {"float16IsUnknown", floating(16), 1, EncodeStatus::DoesNotFit, {}},
+    {"noLength", signedLayout(0, 0), 0, EncodeStatus::DoesNotFit, {}},
+    {"tooLong", signedLayout(0, 65), 0, EncodeStatus::DoesNotFit, {}},
+    {"pastTheEnd", signedLayout(25, 8), 0, EncodeStatus::DoesNotFit, {}},
+    {"beforeTheStart", signedLayout(1, 8, true), 0, EncodeStatus::DoesNotFit, {}},
+};
+// clang-format on
+
+INSTANTIATE_TEST_SUITE_P(Edges, Encode, ::testing::ValuesIn(kEncodeCases),
+                         [](const auto& row) { return std::string(row.param.name); });
 
 TEST(DecodePhysical, readsSignsAndFloats) {
     EXPECT_EQ(Model::codec::decodePhysical(Bytes{0x08}, signedLayout(0, 4)), -8);

@@ -32,44 +32,38 @@ TEST_P(Parse, givesTheRawValue) {
     EXPECT_EQ(Model::codec::parseSignalValue(c.data, c.bigEndian, c.start, c.length), c.expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Edges, Parse,
-    ::testing::Values(
-        ParseCase{"intelTwoBytes", {0x34, 0x12}, kIntel, 0, 16, 0x1234},
-        ParseCase{"motorolaTwoBytes", {0x12, 0x34}, kMotorola, 8, 16, 0x1234},
-        ParseCase{"upperNibble", {0xAB}, kIntel, 4, 4, 0xA},
-        ParseCase{"intelBeyondTheEnd", {0xAB}, kIntel, 4, 8, kInvalidRawValue},
-        ParseCase{"motorolaBeforeTheStart", {0x12, 0x34}, kMotorola, 0, 16, kInvalidRawValue},
-        ParseCase{"noPayload", {}, kIntel, 0, 8, kInvalidRawValue},
-        ParseCase{"noPayloadMotorola", {}, kMotorola, 0, 8, kInvalidRawValue},
-        ParseCase{"startAtTheEnd", {0x12, 0x34}, kIntel, 16, 1, kInvalidRawValue},
-        ParseCase{"startAtTheEndMotorola", {0x12, 0x34}, kMotorola, 16, 1, kInvalidRawValue},
-        ParseCase{"startFarBeyond", {0x12}, kMotorola, 0xFFFFFFFF, 1, kInvalidRawValue},
-        ParseCase{"intelWholeEightBytes", kCounting, kIntel, 0, 64, 0xEFCDAB8967452301},
-        ParseCase{"motorolaWholeEightBytes", kCounting, kMotorola, 56, 64, 0x0123456789ABCDEF},
-        ParseCase{"intelOverNineBytes",
-                  {0x08, 0, 0, 0, 0, 0, 0, 0, 0x05},
-                  kIntel,
-                  3,
-                  64,
-                  0xA000000000000001},
-        ParseCase{"motorolaOverNineBytes",
-                  {0x05, 0, 0, 0, 0, 0, 0, 0, 0x08},
-                  kMotorola,
-                  67,
-                  64,
-                  0xA000000000000001},
-        ParseCase{"emptyIntelAtZero", {0xFF}, kIntel, 0, 0, kInvalidRawValue},
-        ParseCase{"emptyIntel", {0xFF}, kIntel, 1, 0, 0},
-        ParseCase{"emptyIntelAtAByte", {0xFF, 0xFF}, kIntel, 8, 0, 0},
-        ParseCase{"emptyMotorolaAtZero", {0xFF}, kMotorola, 0, 0, kInvalidRawValue},
-        ParseCase{"emptyMotorolaAtAByte", {0xFF, 0xFF}, kMotorola, 8, 0, kInvalidRawValue},
-        ParseCase{"emptyMotorola", {0xFF, 0xFF}, kMotorola, 9, 0, 0},
-        ParseCase{"lengthWraps", {0xFF, 0xFF}, kIntel, 1, 65, kInvalidRawValue},
-        // Bit 64 of the signal lands on bit 0, and the mask keeps one bit.
-        ParseCase{"bit64FoldsBack", {0, 0, 0, 0, 0, 0, 0, 0, 1}, kIntel, 0, 65, 1},
-        ParseCase{"wrappedEnd", {0xFF, 0x81}, kIntel, 15, 0xFFFFFFFF, 1}),
-    [](const auto& row) { return std::string(row.param.name); });
+// clang-format off
+const ParseCase kParseCases[] = {
+    {"intelTwoBytes", {0x34, 0x12}, kIntel, 0, 16, 0x1234},
+    {"motorolaTwoBytes", {0x12, 0x34}, kMotorola, 8, 16, 0x1234},
+    {"upperNibble", {0xAB}, kIntel, 4, 4, 0xA},
+    {"intelBeyondTheEnd", {0xAB}, kIntel, 4, 8, kInvalidRawValue},
+    {"motorolaBeforeTheStart", {0x12, 0x34}, kMotorola, 0, 16, kInvalidRawValue},
+    {"noPayload", {}, kIntel, 0, 8, kInvalidRawValue},
+    {"noPayloadMotorola", {}, kMotorola, 0, 8, kInvalidRawValue},
+    {"startAtTheEnd", {0x12, 0x34}, kIntel, 16, 1, kInvalidRawValue},
+    {"startAtTheEndMotorola", {0x12, 0x34}, kMotorola, 16, 1, kInvalidRawValue},
+    {"startFarBeyond", {0x12}, kMotorola, 0xFFFFFFFF, 1, kInvalidRawValue},
+    {"intelWholeEightBytes", kCounting, kIntel, 0, 64, 0xEFCDAB8967452301},
+    {"motorolaWholeEightBytes", kCounting, kMotorola, 56, 64, 0x0123456789ABCDEF},
+    {"intelOverNineBytes", {0x08, 0, 0, 0, 0, 0, 0, 0, 0x05}, kIntel, 3, 64, 0xA000000000000001},
+    {"motorolaOverNineBytes",
+     {0x05, 0, 0, 0, 0, 0, 0, 0, 0x08}, kMotorola, 67, 64, 0xA000000000000001},
+    {"emptyIntelAtZero", {0xFF}, kIntel, 0, 0, kInvalidRawValue},
+    {"emptyIntel", {0xFF}, kIntel, 1, 0, 0},
+    {"emptyIntelAtAByte", {0xFF, 0xFF}, kIntel, 8, 0, 0},
+    {"emptyMotorolaAtZero", {0xFF}, kMotorola, 0, 0, kInvalidRawValue},
+    {"emptyMotorolaAtAByte", {0xFF, 0xFF}, kMotorola, 8, 0, kInvalidRawValue},
+    {"emptyMotorola", {0xFF, 0xFF}, kMotorola, 9, 0, 0},
+    {"lengthWraps", {0xFF, 0xFF}, kIntel, 1, 65, kInvalidRawValue},
+    // Bit 64 of the signal lands on bit 0, and the mask keeps one bit.
+    {"bit64FoldsBack", {0, 0, 0, 0, 0, 0, 0, 0, 1}, kIntel, 0, 65, 1},
+    {"wrappedEnd", {0xFF, 0x81}, kIntel, 15, 0xFFFFFFFF, 1},
+};
+// clang-format on
+
+INSTANTIATE_TEST_SUITE_P(Edges, Parse, ::testing::ValuesIn(kParseCases),
+                         [](const auto& row) { return std::string(row.param.name); });
 
 TEST(Parse, toleratesAnAbsentPayload) {
     EXPECT_EQ(Model::codec::parseSignalValue(nullptr, 8, kIntel, 0, 8), kInvalidRawValue);
@@ -97,45 +91,28 @@ TEST_P(Write, clearsThenOrs) {
 
 const Bytes kOnes(8, 0xFF);
 
-INSTANTIATE_TEST_SUITE_P(
-    Edges, Write,
-    ::testing::Values(
-        WriteCase{"motorolaNibble", {0xFF}, 0x5, kMotorola, 0, 4, true, {0xF5}},
-        WriteCase{"intelNibbleIsMirrored", {0xFF}, 0x5, kIntel, 0, 4, true, {0x0F}},
-        WriteCase{"intelClearsTheNeighbours", {0xFF, 0xFF}, 0x00, kIntel, 4, 8, true, {0xF0, 0x0F}},
-        WriteCase{"intelAcrossBytes", {0x00, 0x00}, 0xAB, kIntel, 4, 8, true, {0xB0, 0x0A}},
-        WriteCase{"ninthBitIsDropped", {0x00}, 0x1FF, kIntel, 0, 8, true, {0xFF}},
-        WriteCase{"fifthBitLandsInTheByte", {0x00}, 0x1F, kIntel, 0, 4, true, {0x1F}},
-        WriteCase{"highBitsInMotorolaLowByte",
-                  {0x00, 0x00},
-                  0xFFFF,
-                  kMotorola,
-                  8,
-                  12,
-                  true,
-                  {0xFF, 0xFF}},
-        WriteCase{"startBeyondIntel", kOnes, 0, kIntel, 64, 16, false, kOnes},
-        WriteCase{"startBeyondMotorolaClearsFirst",
-                  kOnes,
-                  0x1234,
-                  kMotorola,
-                  64,
-                  16,
-                  false,
-                  {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x00}},
-        WriteCase{"motorolaBeforeTheStart",
-                  {0xFF, 0xFF, 0xFF},
-                  0,
-                  kMotorola,
-                  0,
-                  16,
-                  true,
-                  {0x00, 0x00, 0xFF}},
-        WriteCase{"intelPastTheEnd", {0xFF, 0xFF}, 0x1234, kIntel, 8, 16, true, {0xFF, 0x34}},
-        WriteCase{"emptyPayload", {}, 1, kIntel, 0, 8, false, {}},
-        WriteCase{"emptySignal", {0xF0}, 0x3, kIntel, 1, 0, true, {0xF6}},
-        WriteCase{"wholeMotorola", kOnes, 0x0123456789ABCDEF, kMotorola, 56, 64, true, kCounting}),
-    [](const auto& row) { return std::string(row.param.name); });
+// clang-format off
+const WriteCase kWriteCases[] = {
+    {"motorolaNibble", {0xFF}, 0x5, kMotorola, 0, 4, true, {0xF5}},
+    {"intelNibbleIsMirrored", {0xFF}, 0x5, kIntel, 0, 4, true, {0x0F}},
+    {"intelClearsTheNeighbours", {0xFF, 0xFF}, 0x00, kIntel, 4, 8, true, {0xF0, 0x0F}},
+    {"intelAcrossBytes", {0x00, 0x00}, 0xAB, kIntel, 4, 8, true, {0xB0, 0x0A}},
+    {"ninthBitIsDropped", {0x00}, 0x1FF, kIntel, 0, 8, true, {0xFF}},
+    {"fifthBitLandsInTheByte", {0x00}, 0x1F, kIntel, 0, 4, true, {0x1F}},
+    {"highBitsInMotorolaLowByte", {0x00, 0x00}, 0xFFFF, kMotorola, 8, 12, true, {0xFF, 0xFF}},
+    {"startBeyondIntel", kOnes, 0, kIntel, 64, 16, false, kOnes},
+    {"startBeyondMotorolaClearsFirst", kOnes, 0x1234, kMotorola, 64, 16, false,
+     {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x00}},
+    {"motorolaBeforeTheStart", {0xFF, 0xFF, 0xFF}, 0, kMotorola, 0, 16, true, {0x00, 0x00, 0xFF}},
+    {"intelPastTheEnd", {0xFF, 0xFF}, 0x1234, kIntel, 8, 16, true, {0xFF, 0x34}},
+    {"emptyPayload", {}, 1, kIntel, 0, 8, false, {}},
+    {"emptySignal", {0xF0}, 0x3, kIntel, 1, 0, true, {0xF6}},
+    {"wholeMotorola", kOnes, 0x0123456789ABCDEF, kMotorola, 56, 64, true, kCounting},
+};
+// clang-format on
+
+INSTANTIATE_TEST_SUITE_P(Edges, Write, ::testing::ValuesIn(kWriteCases),
+                         [](const auto& row) { return std::string(row.param.name); });
 
 TEST(Write, raisesOutsideThePositions) {
     struct Row {

@@ -368,7 +368,7 @@ std::optional<uint32_t> FibexReader::readSignal(pugi::xml_node signal) {
     }
     auto& signals = m_context.database().signals;
     const auto index = static_cast<uint32_t>(signals.size());
-    signals.push_back(std::move(out));
+    signals.push_back(out);
     m_signals.emplace(key, index);
     return index;
 }

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -39,8 +40,9 @@ Victim startVictim(const ScratchFolder& folder, size_t number, bool paced, milli
     victim.life = life;
     victim.pid = fork();
     if (victim.pid == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGKILL);  // a failing test leaves no victim behind
         execl(RECORDER_VICTIM, RECORDER_VICTIM, victim.file.c_str(), victim.progress.c_str(),
-              paced ? "500" : "0", nullptr);
+              paced ? "500" : "150000", nullptr);
         _exit(127);
     }
     return victim;
@@ -92,7 +94,7 @@ TEST(KilledRecording, staysReadableUpToItsLastContainer) {
     }
     const auto start = std::chrono::steady_clock::now();
     for (size_t i = 5; i < 10; ++i) {
-        Victim fast = startVictim(folder, i, false, milliseconds(100 + random() % 900));
+        Victim fast = startVictim(folder, i, false, milliseconds(50 + random() % 650));
         std::this_thread::sleep_for(fast.life);
         killNow(fast);
         SCOPED_TRACE("fast, lived " + std::to_string(fast.life.count()) + " ms");

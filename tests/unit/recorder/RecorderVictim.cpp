@@ -41,8 +41,8 @@ int main(int argc, char** argv) {
         frame->id = number++;
         recorder.recordFrame(*frame);
         if (rate != 0) {
-            std::this_thread::sleep_until(start +
-                                          std::chrono::nanoseconds(number * 1'000'000'000 / rate));
+            const uint64_t dueNs = uint64_t{number} * 1'000'000'000U / rate;
+            std::this_thread::sleep_until(start + std::chrono::nanoseconds(dueNs));
         }
         if (number % 100 == 0) publish(progress, recorder.status().written);
     }

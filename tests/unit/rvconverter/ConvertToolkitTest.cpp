@@ -6,6 +6,7 @@
 #include <future>
 
 #include "quill_os/environment.h"
+#include "quill_os/paths.h"
 #include "quill_traceformats/asc_layout.h"
 #include "unit/rvconverter/BlfWalker.h"
 #include "unit/rvconverter/RecordMaker.h"
@@ -56,8 +57,18 @@ TEST(ConvertToolkit, takesThePathAsUnicode) {
     rv::ConvertInfo info;
     const std::string stem = folder.file("");
     info.path = std::wstring(stem.begin(), stem.end()) + L"F\u00e4hre \u4e2d.blf";
-    ASSERT_NE(rv::ConvertToolkit::createConvertContextPtr(info), nullptr);
+    ASSERT_NE(rv::ConvertToolkit::createConvertContextPtr(info), nullptr)
+        << rv::ConvertToolkit::lastError();
     EXPECT_TRUE(std::filesystem::exists(stem + "F\xC3\xA4hre \xE4\xB8\xAD.blf"));
+}
+
+TEST(WideText, carriesEveryFileNameThereAndBack) {
+    for (const std::string text :
+         {"", "plain", "F\xC3\xA4hre \xE4\xB8\xAD \xF0\x9F\x9A\x97", "bad \xFF\xC3 \xE4\xB8",
+          "overlong \xC0\x80 surrogate \xED\xA0\x80", "\xF4\x90\x80\x80"}) {
+        EXPECT_EQ(quill::os::utf8FromWide(quill::os::wideFromUtf8(text)), text);
+    }
+    EXPECT_EQ(quill::os::wideFromUtf8("\xC3\xA4\xE4\xB8\xAD"), L"\u00e4\u4e2d");
 }
 
 TEST(FreshFile, isReadableBeforeTheFirstFrame) {

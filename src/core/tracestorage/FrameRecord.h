@@ -20,7 +20,6 @@ inline constexpr uint32_t kFd = 1U << 3U;        // CAN FD frame
 inline constexpr uint32_t kBitRateSwitch = 1U << 4U;
 inline constexpr uint32_t kErrorState = 1U << 5U;  // ESI: the sender is error passive
 inline constexpr uint32_t kError = 1U << 6U;  // error frame: identifier and payload may be partial
-inline constexpr uint32_t kOverload = 1U << 7U;
 inline constexpr uint32_t kEnhancedChecksum = 1U << 8U;  // LIN checksum model
 inline constexpr uint32_t kFlexRayShift = 16U;  // FlexRay frame flags 0 to 15 lie from here on
 }  // namespace flag

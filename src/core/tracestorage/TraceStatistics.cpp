@@ -63,7 +63,7 @@ void TraceStatistics::add(const FrameRecord& record, uint32_t payloadBytes) {
     ++channel.facts.frames;
     channel.facts.bytes += payloadBytes;
     channel.busySeconds += wireSeconds(record, payloadBytes);
-    if ((record.flags & (flag::kError | flag::kOverload)) != 0) {
+    if ((record.flags & flag::kError) != 0) {
         ++channel.facts.errors;
         return;
     }

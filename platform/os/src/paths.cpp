@@ -1,9 +1,11 @@
 #include "quill_os/paths.h"
 
 #ifdef _WIN32
+#include <io.h>
 #include <windows.h>
 #else
 #include <dlfcn.h>
+#include <unistd.h>
 #endif
 
 namespace quill::os {
@@ -32,10 +34,14 @@ bool seekFile(std::FILE* file, int64_t position) {
     return _fseeki64(file, position, SEEK_SET) == 0;
 }
 
+bool truncateFile(std::FILE* file, int64_t length) {
+    return std::fflush(file) == 0 && _chsize_s(_fileno(file), length) == 0;
+}
+
 std::filesystem::path fileOfCode(const void* address) {
     HMODULE module = nullptr;
-    const DWORD flags = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
-                        GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+    const DWORD flags =
+        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
     if (!GetModuleHandleExW(flags, static_cast<LPCWSTR>(address), &module)) return {};
     std::wstring name(32768, L'\0');
     name.resize(GetModuleFileNameW(module, name.data(), static_cast<DWORD>(name.size())));
@@ -47,6 +53,10 @@ std::FILE* openFile(const std::string& utf8Path, const char* mode) {
 }
 
 bool seekFile(std::FILE* file, int64_t position) { return fseeko(file, position, SEEK_SET) == 0; }
+
+bool truncateFile(std::FILE* file, int64_t length) {
+    return std::fflush(file) == 0 && ::ftruncate(fileno(file), length) == 0;
+}
 
 std::filesystem::path fileOfCode(const void* address) {
     Dl_info info{};

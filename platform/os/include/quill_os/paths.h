@@ -21,6 +21,9 @@ namespace quill::os {
 // Moves to an absolute position, for files beyond 2 GiB too; false when the system refuses.
 [[nodiscard]] bool seekFile(std::FILE* file, int64_t position);
 
+// Cuts an open file off at a length; false when the system refuses. The position is left undefined.
+[[nodiscard]] bool truncateFile(std::FILE* file, int64_t length);
+
 // File that holds the code at this address (the loaded module or program); empty when unknown.
 [[nodiscard]] std::filesystem::path fileOfCode(const void* address);
 

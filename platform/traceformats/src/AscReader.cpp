@@ -1,6 +1,7 @@
 #include "quill_traceformats/AscReader.h"
 
 #include <algorithm>
+#include <cstring>
 #include <string_view>
 
 #include "AscText.h"
@@ -50,12 +51,17 @@ bool AscReader::readHeader(TraceHeader& header) {
         if (span.text + span.end == 0 || span.text == kLongestLine) return known;
         const std::string_view line = textOf(m_input.ahead(span.text).first(span.text));
         switch (asc::readHeaderLine(line, header)) {
-            case asc::LineKind::Header: known = true; break;
-            case asc::LineKind::Blank: break;
-            case asc::LineKind::Event: return true;  // stays in front: it is the first unit
-            case asc::LineKind::Other: return known;
+            case asc::LineKind::Header:
+                known = true;
+                break;
+            case asc::LineKind::Blank:
+                break;
+            case asc::LineKind::Event:
+                return true;  // stays in front: it is the first unit
+            case asc::LineKind::Other:
+                return known;
         }
-        ++m_lines;
+        header.headerLines = ++m_lines;
         (void)m_input.skip(span.text + span.end);
     }
 }

@@ -16,15 +16,24 @@ unsigned monthOf(std::string_view name) {
     const char b = lower(name[1]);
     const char c = lower(name[2]);
     switch (a) {
-        case 'j': return b == 'a' ? 1 : c == 'n' ? 6 : c == 'l' ? 7 : 0;
-        case 'f': return 2;
-        case 'm': return b == 'a' && (c == 'y' || c == 'i') ? 5 : 3;
-        case 'a': return b == 'p' ? 4 : b == 'u' ? 8 : 0;
-        case 's': return 9;
-        case 'o': return 10;
-        case 'n': return 11;
-        case 'd': return 12;
-        default: return 0;
+        case 'j':
+            return b == 'a' ? 1 : c == 'n' ? 6 : c == 'l' ? 7 : 0;
+        case 'f':
+            return 2;
+        case 'm':
+            return b == 'a' && (c == 'y' || c == 'i') ? 5 : 3;
+        case 'a':
+            return b == 'p' ? 4 : b == 'u' ? 8 : 0;
+        case 's':
+            return 9;
+        case 'o':
+            return 10;
+        case 'n':
+            return 11;
+        case 'd':
+            return 12;
+        default:
+            return 0;
     }
 }
 

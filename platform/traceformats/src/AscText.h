@@ -83,7 +83,8 @@ private:
 // Comparison without letter case; `lower` is given in lower case.
 [[nodiscard]] bool equals(std::string_view token, std::string_view lower);
 [[nodiscard]] bool startsWith(std::string_view token, std::string_view lower);
-// "Sat Sep 30 15:06:13.191 2017" and its variants as nanoseconds since 1970; nothing when unreadable.
+// "Sat Sep 30 15:06:13.191 2017" and its variants as nanoseconds since 1970; nothing when
+// unreadable.
 [[nodiscard]] std::optional<int64_t> date(std::string_view text);
 
 enum class LineKind { Header, Blank, Event, Other };

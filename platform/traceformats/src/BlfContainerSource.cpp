@@ -30,10 +30,17 @@ size_t BlfContainerSource::read(uint8_t* target, size_t room) {
     size_t done = 0;
     while (done < room && !m_break && m_state != State::AtEnd) {
         switch (m_state) {
-            case State::BetweenObjects: openNext(); break;
-            case State::Copying: done += copySome(target + done, room - done); break;
-            case State::Inflating: done += inflateSome(target + done, room - done); break;
-            case State::AtEnd: break;
+            case State::BetweenObjects:
+                openNext();
+                break;
+            case State::Copying:
+                done += copySome(target + done, room - done);
+                break;
+            case State::Inflating:
+                done += inflateSome(target + done, room - done);
+                break;
+            case State::AtEnd:
+                break;
         }
     }
     return done;
@@ -106,8 +113,7 @@ size_t BlfContainerSource::copySome(uint8_t* target, size_t room) {
         endOfFile("container");
         return 0;
     }
-    const size_t count =
-        static_cast<size_t>(std::min<uint64_t>({bytes.size(), room, m_remaining}));
+    const size_t count = static_cast<size_t>(std::min<uint64_t>({bytes.size(), room, m_remaining}));
     std::memcpy(target, bytes.data(), count);
     (void)m_file.skip(count);
     m_remaining -= count;

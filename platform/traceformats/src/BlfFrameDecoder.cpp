@@ -9,13 +9,14 @@ namespace quill::traceformats {
 namespace {
 using Body = std::span<const uint8_t>;
 
-FrameDirection directionOf(uint32_t number) {
+FrameDirection blfDirection(uint32_t number) {
     return number == 1 ? FrameDirection::Tx
                        : (number == 2 ? FrameDirection::TxRequest : FrameDirection::Rx);
 }
 
 Body part(Body body, size_t offset, size_t count) {
-    return offset >= body.size() ? Body{} : body.subspan(offset, std::min(count, body.size() - offset));
+    return offset >= body.size() ? Body{}
+                                 : body.subspan(offset, std::min(count, body.size() - offset));
 }
 
 bool canError(Body body, TraceFrame& frame) {
@@ -54,7 +55,7 @@ bool linMessage(Body body, TraceFrame& frame) {
     frame.data = body.subspan(4, std::min<size_t>(p[3], 8));
     frame.dlc = static_cast<uint8_t>(frame.data.size());
     frame.checksum = bytes::little16(p + 16);
-    frame.direction = directionOf(p[18]);
+    frame.direction = blfDirection(p[18]);
     return true;
 }
 
@@ -66,7 +67,7 @@ bool flexRayData(Body body, bool sync, TraceFrame& frame) {
     frame.channel = bytes::little16(p);
     frame.id = bytes::little16(p + 4);
     frame.headerCrc = bytes::little16(p + 6);
-    frame.direction = directionOf(p[8]);
+    frame.direction = blfDirection(p[8]);
     frame.channelMask = static_cast<uint8_t>(p[2] == 1 ? 2 : 1);
     frame.flags = kFlexRayValidData | (sync ? kFlexRaySync : 0U);
     frame.data = body.subspan(12, std::min<size_t>(p[3], sync ? 11 : 12));
@@ -79,7 +80,7 @@ bool flexRayMessage(Body body, TraceFrame& frame) {
     const uint8_t* p = body.data();
     frame.kind = FrameKind::FlexRay;
     frame.channel = bytes::little16(p);
-    frame.direction = directionOf(p[2]);
+    frame.direction = blfDirection(p[2]);
     frame.id = bytes::little16(p + 20);
     frame.headerCrc = bytes::little16(p + 22);
     const uint16_t state = bytes::little16(p + 24);
@@ -101,7 +102,7 @@ bool flexRayReceive(Body body, TraceFrame& frame) {
     frame.kind = FrameKind::FlexRay;
     frame.channel = bytes::little16(p);
     frame.channelMask = static_cast<uint8_t>(bytes::little16(p + 4) & 3U);
-    frame.direction = directionOf(p[6]);
+    frame.direction = blfDirection(p[6]);
     frame.id = bytes::little16(p + 16);
     const uint16_t crcA = bytes::little16(p + 18);
     frame.headerCrc = crcA != 0 ? crcA : bytes::little16(p + 20);
@@ -124,8 +125,10 @@ bool carriesFrame(BlfType type) {
         case BlfType::EthernetFrameForwarded:
         case BlfType::FlexRayReceiveEx:
         case BlfType::DataLostBegin:
-        case BlfType::DataLostEnd: return true;
-        default: return false;
+        case BlfType::DataLostEnd:
+            return true;
+        default:
+            return false;
     }
 }
 
@@ -206,9 +209,18 @@ bool BlfFrameDecoder::ethernetFrame(std::span<const uint8_t> body, TraceFrame& f
     m_joined.insert(m_joined.end(), payload.begin(), payload.end());
     frame.kind = FrameKind::Ethernet;
     frame.channel = bytes::little16(p + 6);
-    frame.direction = directionOf(bytes::little16(p + 14));
+    frame.direction = blfDirection(bytes::little16(p + 14));
     frame.data = m_joined;
     return true;
+}
+
+// Sparing writers leave trailing zeros out of the object; the count of valid bytes tells them.
+void BlfFrameDecoder::completeFd(std::span<const uint8_t> body, TraceFrame& frame) {
+    const size_t valid = std::min<size_t>(body[BlfCanFdMessage64::kValidBytes], 64);
+    if ((frame.flags & kCanRemote) != 0 || frame.data.size() >= valid) return;
+    m_joined.assign(frame.data.begin(), frame.data.end());
+    m_joined.resize(valid);
+    frame.data = m_joined;
 }
 
 Decoded BlfFrameDecoder::decode(std::span<const uint8_t> object, TraceFrame& frame) {
@@ -220,22 +232,44 @@ Decoded BlfFrameDecoder::decode(std::span<const uint8_t> object, TraceFrame& fra
         const auto decoded = decodeBlfFrame(*header, object);
         read = decoded.has_value();
         if (read) frame = *decoded;
+        if (read && type == BlfType::CanFdMessage64) {
+            completeFd(object.subspan(header->headerSize), frame);
+        }
     } else {
         const Body body = object.subspan(std::min<size_t>(header->headerSize, object.size()));
         frame = TraceFrame{};
         switch (type) {
-            case BlfType::CanError: read = canError(body, frame); break;
-            case BlfType::CanFdError64: read = canFdError64(body, frame); break;
-            case BlfType::LinMessage: read = linMessage(body, frame); break;
-            case BlfType::EthernetFrame: read = ethernetFrame(body, frame); break;
-            case BlfType::FlexRayData: read = flexRayData(body, false, frame); break;
-            case BlfType::FlexRaySync: read = flexRayData(body, true, frame); break;
-            case BlfType::FlexRayMessage: read = flexRayMessage(body, frame); break;
-            case BlfType::FlexRayReceive: read = flexRayReceive(body, frame); break;
-            default: return Decoded::noFrame("object type", header->type);
+            case BlfType::CanError:
+                read = canError(body, frame);
+                break;
+            case BlfType::CanFdError64:
+                read = canFdError64(body, frame);
+                break;
+            case BlfType::LinMessage:
+                read = linMessage(body, frame);
+                break;
+            case BlfType::EthernetFrame:
+                read = ethernetFrame(body, frame);
+                break;
+            case BlfType::FlexRayData:
+                read = flexRayData(body, false, frame);
+                break;
+            case BlfType::FlexRaySync:
+                read = flexRayData(body, true, frame);
+                break;
+            case BlfType::FlexRayMessage:
+                read = flexRayMessage(body, frame);
+                break;
+            case BlfType::FlexRayReceive:
+                read = flexRayReceive(body, frame);
+                break;
+            default:
+                return Decoded::noFrame("object type", header->type);
         }
     }
     if (!read) return Decoded::bad("object is too short for its type", header->type);
+    if ((frame.flags & kCanRemote) != 0 && frame.kind == FrameKind::Can) frame.data = {};
+    frame.dlc = std::min<uint8_t>(frame.dlc, 15);
     frame.timeNs = header->timeNs();
     const bool coarse = (header->flags & kBlfTimeTenMicroseconds) != 0;
     if (header->timestamp > kLargestTimeNs / (coarse ? 10'000U : 1U)) {

@@ -88,8 +88,7 @@ bool BlfReader::swallowsNext(uint32_t objectSize) {
     const auto inner = blfscan::findHeader(bytes, blfscan::kBaseHeader);
     if (!inner || *inner >= objectSize) return false;
     const size_t behind = *inner + bytes::little32(bytes.data() + *inner + 8);
-    return behind + 4 <= bytes.size() &&
-           blfscan::signatureNear(bytes.subspan(behind)).has_value();
+    return behind + 4 <= bytes.size() && blfscan::signatureNear(bytes.subspan(behind)).has_value();
 }
 
 // Gives up an incomplete object at a break or at the end of the file.

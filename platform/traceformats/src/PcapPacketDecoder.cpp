@@ -11,12 +11,14 @@ constexpr size_t kLinHeader = 8;
 constexpr size_t kEthernetHeader = 14;
 
 Decoded socketCan(std::span<const uint8_t> packet, TraceFrame& frame) {
-    if (packet.size() < kSocketCanHeader) return Decoded::bad("CAN packet is shorter than its header");
+    if (packet.size() < kSocketCanHeader)
+        return Decoded::bad("CAN packet is shorter than its header");
     const uint32_t id = bytes::big32(packet.data());
     const uint8_t length = packet[4];
     const uint8_t fdFlags = packet[5];
     const auto data = packet.subspan(kSocketCanHeader);
-    // Without the FD bit a payload beyond 8 bytes tells an FD frame as well: older captures lack it.
+    // Without the FD bit a payload beyond 8 bytes tells an FD frame as well: older captures lack
+    // it.
     const bool fd = (fdFlags & 4U) != 0 || length > 8;
     const bool extended = (id & 0x80000000U) != 0;
     const bool remote = (id & 0x40000000U) != 0 && !fd;
@@ -63,9 +65,12 @@ Decoded decodePacket(uint32_t linkType, std::span<const uint8_t> packet, TraceFr
             frame.kind = FrameKind::Ethernet;
             frame.data = packet;
             return Decoded::frame();
-        case kLinkSocketCan: return socketCan(packet, frame);
-        case kLinkLin: return lin(packet, frame);
-        default: return Decoded::noFrame("link type", linkType);
+        case kLinkSocketCan:
+            return socketCan(packet, frame);
+        case kLinkLin:
+            return lin(packet, frame);
+        default:
+            return Decoded::noFrame("link type", linkType);
     }
 }
 

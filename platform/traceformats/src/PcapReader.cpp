@@ -21,7 +21,7 @@ struct Magic {
     uint32_t recordHeaderBytes;
 };
 constexpr Magic kMagics[] = {
-    {0xD4C3B2A1, false, false, 16}, {0xA1B2C3D4, true, false, 16}, {0x4D3CB2A1, false, true, 16},
+    {0xD4C3B2A1, false, false, 16}, {0xA1B2C3D4, true, false, 16},  {0x4D3CB2A1, false, true, 16},
     {0xA1B23C4D, true, true, 16},   {0x34CDB2A1, false, false, 24}, {0xA1B2CD34, true, false, 24},
 };
 }  // namespace
@@ -50,7 +50,8 @@ bool PcapReader::readHeader(TraceHeader& header) {
 
 bool PcapReader::plausible(std::span<const uint8_t> bytes) const {
     const uint32_t seconds = word(bytes, 0);
-    const uint32_t gap = seconds > m_lastSeconds ? seconds - m_lastSeconds : m_lastSeconds - seconds;
+    const uint32_t gap =
+        seconds > m_lastSeconds ? seconds - m_lastSeconds : m_lastSeconds - seconds;
     const uint32_t captured = word(bytes, 8);
     return word(bytes, 4) < (m_header.nanoseconds ? 1'000'000'000U : 1'000'000U) &&
            (m_lastSeconds == 0 || gap <= kLargestGapSeconds) && captured > 0 &&
@@ -74,8 +75,8 @@ void PcapReader::findNextRecord(const char* reason) {
             bytes = m_input.ahead(next + head);
             if (bytes.size() == next ||
                 (bytes.size() >= next + head && plausible(bytes.subspan(next)))) {
-                m_damage.add(start, std::string(reason) + ", " + std::to_string(lost) +
-                                        " bytes lost");
+                m_damage.add(start,
+                             std::string(reason) + ", " + std::to_string(lost) + " bytes lost");
                 return;
             }
         }

@@ -9,7 +9,7 @@
 
 namespace quill::traceformats {
 namespace {
-constexpr size_t kSmallestBlock = 12;
+constexpr size_t kBlockFrame = 12;  // type and the two lengths
 constexpr size_t kMostInterfaces = 65535;
 constexpr uint64_t kNsPerSecond = 1'000'000'000U;
 
@@ -73,14 +73,15 @@ Decoded PcapngBlockDecoder::timedPacket(std::span<const uint8_t> body, uint32_t 
     const auto data = body.subspan(16);
     if (captured > data.size()) return Decoded::bad("captured length exceeds its block");
     const unsigned power = interface.resolution & 0x7FU;
-    const auto time = (interface.resolution & 0x80U) != 0 ? fromBinary(count, power)
-                                                          : fromDecimal(count, power);
+    const auto time =
+        (interface.resolution & 0x80U) != 0 ? fromBinary(count, power) : fromDecimal(count, power);
     constexpr auto kMostSeconds = static_cast<int64_t>(kLargestTimeNs / kNsPerSecond);
-    if (!time || interface.offsetSeconds > kMostSeconds || interface.offsetSeconds < -kMostSeconds) {
+    if (!time || interface.offsetSeconds > kMostSeconds ||
+        interface.offsetSeconds < -kMostSeconds) {
         return Decoded::bad("time stamp is impossible");
     }
-    const int64_t shifted = static_cast<int64_t>(*time) +
-                            interface.offsetSeconds * static_cast<int64_t>(kNsPerSecond);
+    const int64_t shifted =
+        static_cast<int64_t>(*time) + interface.offsetSeconds * static_cast<int64_t>(kNsPerSecond);
     frame.timeNs = static_cast<uint64_t>(std::max<int64_t>(shifted, 0));
     frame.channel = static_cast<uint16_t>(number + 1);
     return decodePacket(interface.linkType, data.first(captured), frame);
@@ -100,24 +101,28 @@ Decoded PcapngBlockDecoder::simplePacket(std::span<const uint8_t> body, TraceFra
 }
 
 Decoded PcapngBlockDecoder::decode(std::span<const uint8_t> block, TraceFrame& frame) {
-    if (block.size() < kSmallestBlock) return Decoded::bad("block is too short");
+    if (block.size() < kBlockFrame) return Decoded::bad("block is too short");
     frame = TraceFrame{};
-    const auto body = block.subspan(8, block.size() - kSmallestBlock);
+    const auto body = block.subspan(8, block.size() - kBlockFrame);
     if (bytes::little32(block.data()) == PcapngReader::kSection) {
         m_bigEndian = body.size() >= 4 && body[0] == 0x1A;
         m_interfaces.clear();
         return Decoded::noFrame("section");
     }
     switch (bytes::any32(block.data(), m_bigEndian)) {
-        case PcapngReader::kInterface: addInterface(body); return Decoded::noFrame("interface");
+        case PcapngReader::kInterface:
+            addInterface(body);
+            return Decoded::noFrame("interface");
         case PcapngReader::kEnhancedPacket:
             if (body.size() < 20) return Decoded::bad("packet block is too short");
             return timedPacket(body.subspan(4), bytes::any32(body.data(), m_bigEndian), frame);
         case PcapngReader::kOldPacket:
             if (body.size() < 20) return Decoded::bad("packet block is too short");
             return timedPacket(body.subspan(4), bytes::any16(body.data(), m_bigEndian), frame);
-        case PcapngReader::kSimplePacket: return simplePacket(body, frame);
-        default: return Decoded::noFrame("block");
+        case PcapngReader::kSimplePacket:
+            return simplePacket(body, frame);
+        default:
+            return Decoded::noFrame("block");
     }
 }
 

@@ -60,8 +60,8 @@ void PcapngReader::findNextBlock(const char* reason) {
                 lost += m_input.skip(at);
             }
             if (found) {
-                m_damage.add(start, std::string(reason) + ", " + std::to_string(lost) +
-                                        " bytes lost");
+                m_damage.add(start,
+                             std::string(reason) + ", " + std::to_string(lost) + " bytes lost");
                 return;
             }
         }

@@ -20,8 +20,8 @@ SlicedInput::~SlicedInput() { m_buffer->release(1); }
 void SlicedInput::refill(size_t wanted) {
     const size_t kept = m_end - m_begin;
     if (m_buffer->capacity() - m_begin < wanted || m_end == m_buffer->capacity()) {
-        UnitBuffer* next = UnitBuffer::make(std::max(m_bufferBytes, wanted + wanted / 2),
-                                            position());
+        UnitBuffer* next =
+            UnitBuffer::make(std::max(m_bufferBytes, wanted + wanted / 2), position());
         std::memcpy(next->bytes(), m_buffer->bytes() + m_begin, kept);
         m_buffer->release(1);
         m_buffer = next;
@@ -29,8 +29,7 @@ void SlicedInput::refill(size_t wanted) {
         m_end = kept;
     }
     while (m_end - m_begin < wanted) {
-        const size_t got =
-            m_source.read(m_buffer->bytes() + m_end, m_buffer->capacity() - m_end);
+        const size_t got = m_source.read(m_buffer->bytes() + m_end, m_buffer->capacity() - m_end);
         if (got == 0) return;
         m_end += got;
     }

@@ -16,9 +16,6 @@ public:
     void nextUnits(UnitBatch& batch, size_t maximum) override;
     [[nodiscard]] bool atEnd() override { return m_input.exhausted(); }
 
-    // Lines of the header, to number those that follow.
-    [[nodiscard]] uint64_t headerLines() const { return m_lines; }
-
     // Longest line that is read; an Ethernet frame of 64 KiB in hexadecimal fits.
     static constexpr size_t kLongestLine = 256 * 1024;
 

@@ -18,6 +18,7 @@ public:
 
 private:
     [[nodiscard]] bool ethernetFrame(std::span<const uint8_t> body, TraceFrame& frame);
+    void completeFd(std::span<const uint8_t> body, TraceFrame& frame);
 
     std::vector<uint8_t> m_joined;  // frames that objects hold in parts
 };

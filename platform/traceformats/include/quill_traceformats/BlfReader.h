@@ -9,8 +9,8 @@ namespace quill::traceformats {
 
 class BlfContainerSource;
 
-// Cuts a BLF file into objects, whichever containers they lie in. Objects of all kinds become units.
-// Behind damage it goes on with the next container or object that can be found.
+// Cuts a BLF file into objects, whichever containers they lie in. Objects of all kinds become
+// units. Behind damage it goes on with the next container or object that can be found.
 class BlfReader final : public UnitReader {
 public:
     explicit BlfReader(ByteSource& source);

@@ -16,6 +16,7 @@ struct TraceHeader {
     // ASC
     bool decimal = false;
     bool relativeTimes = false;
+    uint64_t headerLines = 0;  // lines before the first unit
     // PCAP
     bool nanoseconds = false;
     uint32_t recordHeaderBytes = 16;

@@ -11,7 +11,9 @@ std::optional<quill::traceformats::TraceHeader> TracePcapFileParser::parseHeader
     return readHeaderWith(std::make_unique<quill::traceformats::PcapReader>(source()));
 }
 
-void TracePcapFileParser::parseNextUnits(quill::traceformats::UnitBatch& batch) { fillBatch(batch); }
+void TracePcapFileParser::parseNextUnits(quill::traceformats::UnitBatch& batch) {
+    fillBatch(batch);
+}
 
 bool TracePcapFileParser::atEnd() { return readerAtEnd(); }
 

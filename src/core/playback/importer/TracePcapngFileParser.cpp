@@ -11,7 +11,9 @@ std::optional<quill::traceformats::TraceHeader> TracePcapngFileParser::parseHead
     return readHeaderWith(std::make_unique<quill::traceformats::PcapngReader>(source()));
 }
 
-void TracePcapngFileParser::parseNextUnits(quill::traceformats::UnitBatch& batch) { fillBatch(batch); }
+void TracePcapngFileParser::parseNextUnits(quill::traceformats::UnitBatch& batch) {
+    fillBatch(batch);
+}
 
 bool TracePcapngFileParser::atEnd() { return readerAtEnd(); }
 

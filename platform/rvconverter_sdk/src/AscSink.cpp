@@ -1,0 +1,50 @@
+#include "AscSink.h"
+
+#include <span>
+#include <string_view>
+
+#include "quill_traceformats/asc_layout.h"
+
+namespace rv {
+
+namespace tf = quill::traceformats;
+
+namespace {
+
+std::span<const uint8_t> bytesOfText(std::string_view text) {
+    return {reinterpret_cast<const uint8_t*>(text.data()), text.size()};
+}
+
+std::string headerAt(uint64_t startNs) {
+    return tf::ascHeader(tf::calendarFromEpoch(startNs, tf::localOffsetSeconds(startNs)));
+}
+
+}  // namespace
+
+bool AscSink::create(const std::string& utf8Path, uint64_t startNs, std::string& reason) {
+    m_startNs = startNs;
+    return m_file.create(utf8Path, bytesOfText(headerAt(startNs)), reason);
+}
+
+size_t AscSink::roomFor(const tf::TraceFrame& frame) const { return tf::ascLineRoom(frame); }
+
+uint8_t* AscSink::encode(const tf::TraceFrame& frame, uint8_t* out) const {
+    return reinterpret_cast<uint8_t*>(tf::writeAscLine(frame, reinterpret_cast<char*>(out)));
+}
+
+bool AscSink::write(const Block& block) {
+    if (block.startNs != m_startNs) {
+        // The header has the same length for every date.
+        if (!m_file.rewriteStart(bytesOfText(headerAt(block.startNs)))) return false;
+        m_startNs = block.startNs;
+    }
+    return m_file.append({block.content.data(), block.used});
+}
+
+bool AscSink::complete() {
+    if (!m_file.isOpen()) return true;
+    const bool ended = m_file.append(bytesOfText(tf::kAscEnd));
+    return m_file.close() && ended;
+}
+
+}  // namespace rv

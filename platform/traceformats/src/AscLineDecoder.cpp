@@ -3,11 +3,13 @@
 #include <algorithm>
 
 #include "AscText.h"
+#include "quill_traceformats/asc_layout.h"
 
 namespace quill::traceformats {
 namespace {
 constexpr size_t kMostCanBytes = 64;
 constexpr size_t kMostEthernetBytes = 65535;
+constexpr size_t kMostFlexRayBytes = 254;
 constexpr uint32_t kFlagEdl = 0x1000;
 constexpr uint32_t kFlagRemote = 0x10;
 constexpr uint32_t kMostChannel = 65535;
@@ -51,19 +53,33 @@ Decoded AscLineDecoder::untimedLine(std::string_view line) {
     if (asc::equals(first, "begin") && asc::startsWith(cursor.next(), "trigger")) {
         m_lastNs = 0;
         if (const auto start = asc::date(cursor.rest())) m_header.startNs = *start;
-        return Decoded::noFrame("trigger block");
+        return Decoded::context();
     }
     if (asc::equals(first, "base")) {  // files put together from several repeat their header
         (void)asc::readHeaderLine(line, m_header);
         m_base = m_header.decimal ? 10 : 16;
     }
-    return Decoded::noFrame("line without a time");
+    return first.empty() ? Decoded::context() : Decoded::noFrame("line without a time");
+}
+
+// "// <time> <count> frames lost from <time>", as the recorder leaves it where frames were dropped.
+bool AscLineDecoder::lossLine(std::string_view line, TraceFrame& frame) {
+    asc::Cursor cursor(line);
+    if (cursor.next() != "//") return false;
+    const auto time = cursor.time();
+    const auto count = asc::number(cursor.next(), 10);
+    if (!time || !count || cursor.next() != "frames" || cursor.next() != "lost") return false;
+    frame = TraceFrame{};
+    frame.kind = FrameKind::LossMarker;
+    frame.timeNs = static_cast<uint64_t>(*time);
+    frame.lostFrames = *count;
+    return true;
 }
 
 Decoded AscLineDecoder::decode(std::string_view line, TraceFrame& frame) {
     asc::Cursor cursor(line);
     const auto time = cursor.time();
-    if (!time) return untimedLine(line);
+    if (!time) return lossLine(line, frame) ? Decoded::frame() : untimedLine(line);
     uint64_t timeNs = static_cast<uint64_t>(*time);
     if (m_header.relativeTimes) {
         timeNs += m_lastNs;
@@ -81,7 +97,7 @@ Decoded AscLineDecoder::decode(std::string_view line, TraceFrame& frame) {
         return linLine(kind, cursor, frame);
     }
     if (kind == "ETH") return ethernetLine(cursor, frame);
-    if (kind == "Fr") return Decoded::noFrame("FlexRay event");
+    if (kind == "Fr") return flexRayLine(cursor, frame);
     if (kind == "CAN") return Decoded::noFrame("chip state");
     if (kind == "SV:") return Decoded::noFrame("system variable");
     return Decoded::noFrame("other event");
@@ -249,6 +265,36 @@ Decoded AscLineDecoder::ethernetLine(asc::Cursor& cursor, TraceFrame& frame) {
     frame.kind = FrameKind::Ethernet;
     frame.channel = static_cast<uint16_t>(*channel);
     frame.data = m_data;
+    return Decoded::frame();
+}
+
+// Received slots only, in the form that is written here; the other forms changed between versions.
+Decoded AscLineDecoder::flexRayLine(asc::Cursor& cursor, TraceFrame& frame) {
+    const auto channel = asc::number(cursor.next(), 10);
+    if (!channel || *channel > kMostChannel || cursor.next() != kAscFlexRayReceive) {
+        return Decoded::noFrame("FlexRay event");
+    }
+    const auto mask = asc::number(cursor.next(), 16);
+    const auto slot = asc::number(cursor.next(), 16);
+    const auto cycle = asc::number(cursor.next(), 10);
+    const bool direction = ascDirection(cursor.next(), frame.direction);
+    const auto flags = asc::number(cursor.next(), 16);
+    const auto crc = asc::number(cursor.next(), 16);
+    const auto length = asc::number(cursor.next(), 10);
+    if (!mask || !slot || !cycle || *cycle > 63 || !direction || !flags || !crc || !length ||
+        *length > kMostFlexRayBytes) {
+        return Decoded::noFrame("FlexRay event");
+    }
+    if (!payload(cursor, 16, *length, frame)) {
+        return Decoded::bad("fewer data bytes than announced");
+    }
+    frame.kind = FrameKind::FlexRay;
+    frame.channel = static_cast<uint16_t>(*channel);
+    frame.id = *slot;
+    frame.flags = *flags;
+    frame.channelMask = static_cast<uint8_t>(*mask & 3U);
+    frame.cycle = static_cast<uint8_t>(*cycle);
+    frame.headerCrc = static_cast<uint16_t>(*crc);
     return Decoded::frame();
 }
 

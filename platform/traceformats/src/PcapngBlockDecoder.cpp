@@ -107,12 +107,12 @@ Decoded PcapngBlockDecoder::decode(std::span<const uint8_t> block, TraceFrame& f
     if (bytes::little32(block.data()) == PcapngReader::kSection) {
         m_bigEndian = body.size() >= 4 && body[0] == 0x1A;
         m_interfaces.clear();
-        return Decoded::noFrame("section");
+        return Decoded::context();
     }
     switch (bytes::any32(block.data(), m_bigEndian)) {
         case PcapngReader::kInterface:
             addInterface(body);
-            return Decoded::noFrame("interface");
+            return Decoded::context();
         case PcapngReader::kEnhancedPacket:
             if (body.size() < 20) return Decoded::bad("packet block is too short");
             return timedPacket(body.subspan(4), bytes::any32(body.data(), m_bigEndian), frame);

@@ -35,7 +35,7 @@ TEST(BatchRing, holdsNinetyNineBatchesAndThenWaits) {
 TEST(BatchRing, twoThreadsKeepTheOrder) {
     BatchRing<std::vector<uint64_t>> ring;
     constexpr uint64_t kCount = 50'000;
-    std::thread producer([&] {
+    std::jthread producer([&] {
         for (uint64_t i = 0; i < kCount;) {
             if (ring.full()) {
                 std::this_thread::yield();
@@ -53,7 +53,6 @@ TEST(BatchRing, twoThreadsKeepTheOrder) {
         ASSERT_EQ(ring.readSlot().at(0), i++);
         ring.pop();
     }
-    producer.join();
 }
 
 }  // namespace

@@ -26,6 +26,8 @@ public:
 
 private:
     [[nodiscard]] Decoded untimedLine(std::string_view line);
+    [[nodiscard]] static bool lossLine(std::string_view line, TraceFrame& frame);
+    [[nodiscard]] Decoded flexRayLine(asc::Cursor& cursor, TraceFrame& frame);
     [[nodiscard]] Decoded classicLine(std::string_view channel, asc::Cursor& cursor,
                                       TraceFrame& frame);
     [[nodiscard]] Decoded fdLine(asc::Cursor& cursor, TraceFrame& frame);

@@ -13,6 +13,8 @@ struct Decoded {
     const char* text = "";
     uint32_t number = 0;
 
+    // A unit that only says how to read others.
+    static Decoded context() { return {}; }
     static Decoded frame() { return {Result::Frame, "", 0}; }
     static Decoded noFrame(const char* kind, uint32_t number = 0) {
         return {Result::NoFrame, kind, number};

@@ -87,7 +87,7 @@ void StandardFrameParser::take(const tf::Decoded& decoded, const tf::TraceFrame&
     // Numbers come from the file: beyond a sane number of kinds they are lumped together.
     if (m_skipped.size() + m_reasons.size() > kMostKinds) kind.second = 0;
     if (decoded.result == tf::Decoded::Result::NoFrame) {
-        ++m_skipped[kind];
+        if (*kind.first != '\0') ++m_skipped[kind];
     } else {
         drop(kind, position);
     }

@@ -1,6 +1,7 @@
 #include "quill_traceformats/BlfFrameDecoder.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "quill_traceformats/blf_objects.h"
 #include "quill_traceformats/byte_order.h"
@@ -194,19 +195,22 @@ bool BlfFrameDecoder::ethernetFrame(std::span<const uint8_t> body, TraceFrame& f
     const size_t length = bytes::little16(p + 22);
     const Body payload = part(body, kPayload, length);
     if (payload.size() < length) return false;
-    m_joined.clear();
-    m_joined.insert(m_joined.end(), p + 8, p + 14);  // destination goes first on the wire
-    m_joined.insert(m_joined.end(), p, p + 6);
-    const auto addNumber = [this](uint16_t value) {
-        m_joined.push_back(static_cast<uint8_t>(value >> 8U));
-        m_joined.push_back(static_cast<uint8_t>(value));
+    const uint16_t tag = bytes::little16(p + 18);
+    m_joined.resize((tag != 0 ? 18U : 14U) + length);
+    uint8_t* out = m_joined.data();
+    std::memcpy(out, p + 8, 6);  // destination goes first on the wire
+    std::memcpy(out + 6, p, 6);
+    out += 12;
+    const auto putNumber = [&out](uint16_t value) {
+        *out++ = static_cast<uint8_t>(value >> 8U);
+        *out++ = static_cast<uint8_t>(value);
     };
-    if (const uint16_t tpid = bytes::little16(p + 18); tpid != 0) {
-        addNumber(tpid);
-        addNumber(bytes::little16(p + 20));
+    if (tag != 0) {
+        putNumber(tag);
+        putNumber(bytes::little16(p + 20));
     }
-    addNumber(bytes::little16(p + 16));
-    m_joined.insert(m_joined.end(), payload.begin(), payload.end());
+    putNumber(bytes::little16(p + 16));
+    if (length > 0) std::memcpy(out, payload.data(), length);
     frame.kind = FrameKind::Ethernet;
     frame.channel = bytes::little16(p + 6);
     frame.direction = blfDirection(bytes::little16(p + 14));

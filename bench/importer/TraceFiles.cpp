@@ -17,7 +17,7 @@ namespace tf = quill::traceformats;
 
 constexpr uint64_t kStartNs = 1'700'000'000'000'000'000U;
 
-// Frames as a bus carries them: few identifiers, counters and slow signals in the payload.
+// Frames as a bus carries them: some identifiers in turn, whose payloads change slowly.
 class FrameMaker {
 public:
     explicit FrameMaker(bool fd) : m_fd(fd) {}
@@ -28,9 +28,10 @@ public:
         m_frame.id = static_cast<uint32_t>(0x100 + index % 97);
         m_frame.flags = m_fd ? tf::kCanFd | tf::kCanBitRateSwitch : 0;
         m_frame.dlc = m_fd ? 15 : 8;
-        m_state = m_state * 6364136223846793005U + 1442695040888963407U;
         for (size_t i = 0; i < m_data.size(); ++i) {
-            m_data[i] = static_cast<uint8_t>(i % 3 == 0 ? index >> i % 8 : m_state >> 56U);
+            // A message counter in front, then signals that change ever more slowly.
+            m_data[i] = static_cast<uint8_t>(i == 0 ? index / 97
+                                                    : m_frame.id * 7 + i + (index >> (8 + i % 32)));
         }
         m_frame.data = std::span<const uint8_t>(m_data).first(m_fd ? 64 : 8);
         return m_frame;
@@ -38,7 +39,6 @@ public:
 
 private:
     bool m_fd;
-    uint64_t m_state = 1;
     std::array<uint8_t, 64> m_data{};
     tf::TraceFrame m_frame;
 };

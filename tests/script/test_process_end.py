@@ -1,4 +1,6 @@
 """Scripts that end in other ways than by exit() as their last call."""
+import re
+
 import pytest
 
 START = """
@@ -114,3 +116,28 @@ def test_many_short_lives(run_script):
         script = run_script(START + "threading.Thread(target=pump, daemon=True).start()\n"
                             "subscribe(lambda f: None)")
         assert script.status == 0, script.err
+
+
+def test_every_frame_is_accounted_for(run_script, tmp_path):
+    script = run_script(START + """
+def fail(f):
+    if f.dir == 1:
+        raise ValueError
+subscribe(fail)
+senders = [threading.Thread(target=lambda: [q.sendCanFrame(handle, frame) for _ in range(200)])
+           for _ in range(3)]
+for sender in senders: sender.start()
+for sender in senders: sender.join()
+last = threading.Event()
+q.subscribeCanFrameById(2, lambda f: last.set())
+q.sendCanFrame(handle, q.CANRawFrame(id=2))
+last.wait(30)
+q.exit()
+""", LocalAPPDATA=str(tmp_path))
+    assert script.status == 0, script.err
+    log = (tmp_path / "RV" / "Quill" / "log" / "QuillScriptsSDK.log").read_text()
+    line = re.search(r"delivery: (\d+) frames in, (\d+) out, (\d+) dropped, (\d+) held, "
+                     r"(\d+) calls, (\d+) raised", log)
+    came, out, dropped, held, calls, raised = map(int, line.groups())
+    assert came == out + dropped and held == 0
+    assert out >= 2 * 601 and calls >= out and raised >= 601

@@ -58,6 +58,13 @@ void stopDevices(int waitMs) {
     (void)stopper.release();  // the process ends with it
 }
 
+void logCounters(const scripts::DeliveryCounters& counters) {
+    QUILL_INFO(quill::log::kPysdk,
+               "delivery: {} frames in, {} out, {} dropped, {} held, {} calls, {} raised",
+               counters.in, counters.out, counters.dropped, counters.held, counters.calls,
+               counters.errors);
+}
+
 PySDKEntry* createOnce() {
     scripts::flushScriptOutput();
     // Released before the mutex is taken: its holder gives the lock up and takes it back.
@@ -145,6 +152,7 @@ PySDKEntry::~PySDKEntry() {
         }
         RV::BoxDev::DeviceManager::instance().stop();
         m_delivery->recording().stop();
+        logCounters(m_delivery->counters());
     }
     m_delivery->registries().clear();
 }

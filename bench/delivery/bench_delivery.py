@@ -1,0 +1,168 @@
+"""Delivery to callables: against a bare loop, against python-can's virtual bus, and the import.
+
+    python3.12 bench_delivery.py BUILD_FOLDER [--rounds N] [--peer PYTHON] [--only PART]
+
+The sides of a ratio run in turn; minimum, median and maximum are printed. PYTHON is an interpreter
+with python-can, /usr/bin/python3 by default.
+"""
+import argparse
+import json
+import os
+import pathlib
+import statistics
+import subprocess
+import sys
+import tempfile
+import time
+
+
+
+
+def trivial(frame):
+    pass
+
+
+def row(name, values, unit):
+    print(f"  {name:34} min {min(values):10.1f}  median {statistics.median(values):10.1f}  "
+          f"max {max(values):10.1f} {unit}")
+
+
+def bench_floor(build, rounds):
+    sys.path.insert(0, str(build / "bench"))
+    import quill_bench_delivery as bench
+
+    count = 200_000
+    for length in (8, 64):
+        sides = {"floor": [], "convert": [], "deliver": []}
+        for _ in range(rounds):
+            for name, values in sides.items():
+                values.append(getattr(bench, name)(trivial, count, length))
+        print(f"resort buffer to callable, {length} bytes, {count} frames a round")
+        row("bare loop", sides["floor"], "ns/frame")
+        row("bare loop, general conversion", sides["convert"], "ns/frame")
+        row("delivery", sides["deliver"], "ns/frame")
+        ratios = [d / f for d, f in zip(sides["deliver"], sides["floor"])]
+        print(f"  delivery / bare loop: {statistics.median(ratios):.2f}")
+
+
+def environment(build, appdata, network=None):
+    env = dict(os.environ, PYTHONPATH=str(build / "python"), LocalAPPDATA=appdata)
+    if network is not None:
+        env["SIMCORE_NETWORK"] = json.dumps(network)
+    return env
+
+
+OURS = r"""
+import sys, threading, time
+import QuillScriptsSDK as q
+count = int(sys.argv[1])
+handle = q.getDeviceList(q.DeviceType.All, 20000)[0]
+seen = 0
+first = 0.0
+done = threading.Event()
+def on_frame(frame):
+    global seen, first
+    if seen == 0:
+        first = time.perf_counter()
+    seen += 1
+    if seen == count:
+        done.set()
+q.subscribeCanFrame(handle, on_frame)
+if not done.wait(120):
+    sys.exit(f"{seen} of {count} frames")
+# From the first call to the last: the hold time is not counted.
+print((count - 1) / (time.perf_counter() - first))
+q.exit()
+"""
+
+PEER = r"""
+import sys, threading, time
+import can
+count, length = int(sys.argv[1]), int(sys.argv[2])
+fd = length > 8
+sender = can.Bus("bench", interface="virtual")
+receiver = can.Bus("bench", interface="virtual")
+seen = 0
+done = threading.Event()
+def on_frame(message):
+    global seen
+    seen += 1
+    if seen == count:
+        done.set()
+notifier = can.Notifier(receiver, [on_frame])
+message = can.Message(arbitration_id=0x123, data=bytes(length), is_extended_id=False, is_fd=fd)
+start = time.perf_counter()
+for _ in range(count):
+    sender.send(message)
+if not done.wait(120):
+    sys.exit(f"{seen} of {count} frames")
+print(count / (time.perf_counter() - start))
+notifier.stop()
+"""
+
+
+def frames_per_second(command, env):
+    result = subprocess.run(command, env=env, capture_output=True, text=True)
+    if result.returncode != 0:
+        raise SystemExit(result.stderr or result.stdout)
+    return float(result.stdout.split()[-1])
+
+
+def bench_end_to_end(build, appdata, peer, rounds):
+    count = 300_000
+    for length in (8, 64):
+        source = {"id": 0x123, "data": [1] * length, "fd": length > 8, "period_ms": 0,
+                  "count": count}
+        network = {
+            "boxes": [{"name": "bench", "mac": "02:00:00:00:00:0A", "serial": "SN-1",
+                       "traceCapacity": 2 * count, "channels": {"can": ["bus"]}}],
+            "buses": {"bus": {"kind": "can"}},
+            "sources": [{"bus": "bus", "periodic": source}],
+        }
+        ours, theirs = [], []
+        for _ in range(rounds):
+            ours.append(frames_per_second([sys.executable, "-c", OURS, str(count)],
+                                          environment(build, appdata, network)))
+            theirs.append(frames_per_second([peer, "-c", PEER, str(count // 3), str(length)],
+                                            dict(os.environ)))
+        print(f"unpaced virtual bus to callable, {length} bytes")
+        row("QuillScriptsSDK", ours, "frames/s")
+        row("python-can Notifier", theirs, "frames/s")
+        ratios = [a / b for a, b in zip(ours, theirs)]
+        print(f"  QuillScriptsSDK / python-can: {statistics.median(ratios):.2f}")
+
+
+def bench_import(build, appdata, rounds):
+    sides = {"pass": [], "import QuillScriptsSDK": []}
+    for _ in range(3 * rounds):
+        for code, values in sides.items():
+            start = time.perf_counter()
+            subprocess.run([sys.executable, "-c", code], env=environment(build, appdata),
+                           check=True)
+            values.append(1000 * (time.perf_counter() - start))
+    print("import")
+    for code, values in sides.items():
+        row(code, values, "ms")
+    bare, whole = (statistics.median(values) for values in sides.values())
+    print(f"  import over the interpreter's start: {whole - bare:.1f} ms")
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("build", type=pathlib.Path)
+    parser.add_argument("--rounds", type=int, default=5)
+    parser.add_argument("--peer", default="/usr/bin/python3")
+    parser.add_argument("--only", choices=["floor", "road", "import"])
+    options = parser.parse_args()
+    build = options.build.resolve()
+    if options.only in (None, "floor"):
+        bench_floor(build, options.rounds)
+    with tempfile.TemporaryDirectory() as appdata:
+        if options.only in (None, "road"):
+            bench_end_to_end(build, appdata, options.peer, options.rounds)
+        if options.only in (None, "import"):
+            bench_import(build, appdata, options.rounds)
+
+
+if __name__ == "__main__":
+    main()

@@ -12,7 +12,7 @@ namespace quill::arxml {
 namespace {
 
 // Written out, a description takes about as much room as in XML; shared PDUs make it more.
-constexpr size_t kAlwaysAllowed = size_t{256} << 20;
+constexpr size_t kAlwaysWritten = size_t{256} << 20;
 constexpr size_t kLargestGrowth = 8;
 
 size_t byteOf(std::ptrdiff_t offset) { return offset > 0 ? static_cast<size_t>(offset) : 0; }
@@ -34,7 +34,7 @@ void convert(Format format, std::string_view text, dbjson::Diagnostics& diagnost
     }
     if (!error) {
         error =
-            writeDatabase(database, std::max(kAlwaysAllowed, kLargestGrowth * text.size()), json);
+            writeDatabase(database, std::max(kAlwaysWritten, kLargestGrowth * text.size()), json);
     }
     if (error) diagnostics.fail(byteOf(error->offset), std::move(error->text));
 }

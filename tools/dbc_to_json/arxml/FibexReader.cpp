@@ -9,13 +9,13 @@
 namespace quill::arxml {
 namespace {
 
-constexpr int kMaxDepth = 8;
-constexpr size_t kMaxChannels = 256;
-constexpr size_t kMaxEcus = 4096;
-constexpr size_t kMaxMappings = size_t{4} << 20;
-constexpr uint32_t kBeingRead = 0xFFFFFFFF;
-constexpr uint32_t kMaxStandardId = 0x7FF;
-constexpr uint32_t kMaxExtendedId = 0x1FFFFFFF;
+constexpr int kMaxFibexDepth = 8;
+constexpr size_t kMaxFibexChannels = 256;
+constexpr size_t kMaxFibexEcus = 4096;
+constexpr size_t kMaxFibexMappings = size_t{4} << 20;
+constexpr uint32_t kFibexBeingRead = 0xFFFFFFFF;
+constexpr uint32_t kMaxFibexStandardId = 0x7FF;
+constexpr uint32_t kMaxFibexExtendedId = 0x1FFFFFFF;
 
 // Attributes may carry a namespace prefix of their own.
 std::string_view attributeOf(pugi::xml_node node, std::string_view name) {
@@ -29,7 +29,7 @@ std::string_view attributeOf(pugi::xml_node node, std::string_view name) {
     return {};
 }
 
-pugi::xml_node firstOf(pugi::xml_node node, std::initializer_list<const char*> names) {
+pugi::xml_node firstFibexChild(pugi::xml_node node, std::initializer_list<const char*> names) {
     for (const char* name : names) {
         if (const auto found = node.child(name)) return found;
     }
@@ -132,7 +132,7 @@ bool FibexReader::readEcus(pugi::xml_node elements) {
     Database& database = m_context.database();
     for (const auto node : elements.child("ECUS").children("ECU")) {
         const auto ecu = static_cast<uint32_t>(database.ecus.size());
-        if (ecu >= kMaxEcus) {
+        if (ecu >= kMaxFibexEcus) {
             return m_context.fail(node, "the file has more than 4096 control units");
         }
         database.ecus.push_back({textOf(node, "SHORT-NAME"), fibexDescription(node)});
@@ -182,7 +182,7 @@ bool FibexReader::readCluster(pugi::xml_node cluster) {
     const uint32_t words = unsignedOf(cluster, "PAYLOAD-LENGTH-STATIC").value_or(0);
     out.staticPayloadBytes = words <= 127 ? words * 2 : 0;
     for (const auto reference : cluster.child("CHANNEL-REFS").children("CHANNEL-REF")) {
-        if (out.channels.size() >= kMaxChannels) {
+        if (out.channels.size() >= kMaxFibexChannels) {
             return m_context.fail(reference, "the cluster has more than 256 channels");
         }
         const auto channel = require(reference);
@@ -235,13 +235,13 @@ bool FibexReader::readTriggering(pugi::xml_node triggering, Frame& out, bool isF
     } else {
         const auto value = triggering.child("IDENTIFIER").child("IDENTIFIER-VALUE");
         const auto identifier = parseUnsigned(textOf(value));
-        if (!identifier || *identifier > kMaxExtendedId) {
+        if (!identifier || *identifier > kMaxFibexExtendedId) {
             return m_context.fail(value ? value : triggering,
                                   "a CAN frame triggering without identifier of 29 bits or less");
         }
         out.id = *identifier;
-        out.isExtended =
-            *identifier > kMaxStandardId || attributeOf(value, "EXTENDED-ADDRESSING") == "true";
+        out.isExtended = *identifier > kMaxFibexStandardId ||
+                         attributeOf(value, "EXTENDED-ADDRESSING") == "true";
     }
     return readFrame(frame, out);
 }
@@ -251,7 +251,7 @@ bool FibexReader::readFrame(pugi::xml_node frame, Frame& out) {
     out.comment = fibexDescription(frame);
     out.lengthBytes = unsignedOf(frame, "BYTE-LENGTH").value_or(0);
     for (const auto instance : frame.child("PDU-INSTANCES").children("PDU-INSTANCE")) {
-        if (++m_mappings > kMaxMappings) {
+        if (++m_mappings > kMaxFibexMappings) {
             return m_context.fail(frame, "the frames of the file hold too many PDUs");
         }
         const auto pdu = require(instance.child("PDU-REF"));
@@ -279,15 +279,15 @@ bool FibexReader::readFrame(pugi::xml_node frame, Frame& out) {
 std::optional<uint32_t> FibexReader::readPdu(pugi::xml_node pdu, int depth) {
     const void* key = pdu.internal_object();
     if (const auto known = m_pdus.find(key); known != m_pdus.end()) {
-        if (known->second != kBeingRead) return known->second;
+        if (known->second != kFibexBeingRead) return known->second;
         m_context.fail(pdu, "a PDU contains itself");
         return std::nullopt;
     }
-    if (depth > kMaxDepth) {
+    if (depth > kMaxFibexDepth) {
         m_context.fail(pdu, "PDUs are nested more than 8 deep");
         return std::nullopt;
     }
-    m_pdus.emplace(key, kBeingRead);
+    m_pdus.emplace(key, kFibexBeingRead);
     Pdu out;
     out.source = key;
     out.name = textOf(pdu, "SHORT-NAME");
@@ -307,7 +307,7 @@ bool FibexReader::readSignalInstances(pugi::xml_node holder, Pdu& out) {
     for (const auto instance : holder.child("SIGNAL-INSTANCES").children("SIGNAL-INSTANCE")) {
         const auto position = unsignedOf(instance, "BIT-POSITION");
         if (!position) return m_context.fail(instance, "a signal instance without BIT-POSITION");
-        const auto reference = firstOf(instance, {"SIGNAL-REF", "SIGNAL-GROUP-REF"});
+        const auto reference = firstFibexChild(instance, {"SIGNAL-REF", "SIGNAL-GROUP-REF"});
         if (reference && nameOf(reference) == "SIGNAL-GROUP-REF") continue;
         const auto signal = require(reference);
         if (!signal) return false;
@@ -387,7 +387,7 @@ std::optional<uint32_t> FibexReader::readSignal(pugi::xml_node signal) {
 
 bool FibexReader::readCoding(pugi::xml_node coding, Signal& out) {
     const auto type = coding.child("CODED-TYPE");
-    const auto bits = firstOf(type, {"BIT-LENGTH", "MAX-LENGTH"});
+    const auto bits = firstFibexChild(type, {"BIT-LENGTH", "MAX-LENGTH"});
     out.lengthBits = parseUnsigned(textOf(bits)).value_or(0);
     if (nameOf(bits) == "MAX-LENGTH" && out.lengthBits <= 4096) out.lengthBits *= 8;
     BaseType base;
@@ -404,10 +404,11 @@ bool FibexReader::readCoding(pugi::xml_node coding, Signal& out) {
     if (!out.compuMethod) return false;
     const auto& compu = m_context.database().compuMethods[*out.compuMethod];
     const auto unit = target(method.child("UNIT-REF"));
-    out.unit = textOf(firstOf(unit, {"DISPLAY-NAME", "SHORT-NAME"}));
+    out.unit = textOf(firstFibexChild(unit, {"DISPLAY-NAME", "SHORT-NAME"}));
     const auto readConstraint = [&](const char* name, std::optional<double>& lower,
                                     std::optional<double>& upper) {
-        const auto constraint = firstOf(method, {name}) ? method.child(name) : coding.child(name);
+        const auto constraint =
+            firstFibexChild(method, {name}) ? method.child(name) : coding.child(name);
         lower = numberOf(constraint, "LOWER-LIMIT");
         upper = numberOf(constraint, "UPPER-LIMIT");
     };
@@ -428,9 +429,9 @@ void FibexReader::readCycle(pugi::xml_node channel) {
         const auto ports = m_ports.find(attributeOf(triggering, "ID"));
         if (ports != m_ports.end()) m_pduPorts[pdu.internal_object()] = ports->second;
         const auto known = m_pdus.find(pdu.internal_object());
-        if (known == m_pdus.end() || known->second == kBeingRead) continue;
+        if (known == m_pdus.end() || known->second == kFibexBeingRead) continue;
         const auto cyclic = triggering.child("TIMINGS").child("CYCLIC-TIMING");
-        const auto period = firstOf(cyclic, {"REPEATING-TIME-RANGE", "REPEATING-TIME"});
+        const auto period = firstFibexChild(cyclic, {"REPEATING-TIME-RANGE", "REPEATING-TIME"});
         const auto cycle = durationMs(textOf(period, "VALUE"));
         if (cycle && *cycle > 0) database.pdus[known->second].timing.cycleMs = cycle;
     }
@@ -439,7 +440,7 @@ void FibexReader::readCycle(pugi::xml_node channel) {
 void FibexReader::sumParties(Channel& channel) {
     for (const auto& [element, parties] : m_pduPorts) {
         const auto known = m_pdus.find(element);
-        if (known != m_pdus.end() && known->second != kBeingRead) {
+        if (known != m_pdus.end() && known->second != kFibexBeingRead) {
             channel.pduParties.emplace(known->second, parties);
         }
     }

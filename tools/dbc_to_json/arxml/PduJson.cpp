@@ -7,7 +7,7 @@
 namespace quill::arxml {
 namespace {
 
-const char* nameOf(ByteOrder order) {
+const char* wordFor(ByteOrder order) {
     switch (order) {
         case ByteOrder::kMotorola:
             return "MOST-SIGNIFICANT-BYTE-FIRST";
@@ -19,7 +19,7 @@ const char* nameOf(ByteOrder order) {
     return "MOST-SIGNIFICANT-BYTE-LAST";
 }
 
-const char* nameOf(PartRole role) {
+const char* wordFor(PartRole role) {
     switch (role) {
         case PartRole::kPayload:
             return "PAYLOAD";
@@ -105,7 +105,7 @@ void PduJson::writeProperties(const Pdu& pdu, const Place& place) {
     put(m_json, "rx_accept", pdu.rxAccept);
     writeContained(pdu);
     if (place.part) {
-        put(m_json, "part", nameOf(place.part->role));
+        put(m_json, "part", wordFor(place.part->role));
         if (place.part->selectorCode) put(m_json, "selector_code", *place.part->selectorCode);
         if (place.part->role == PartRole::kDynamic) {
             put(m_json, "initial", place.part->isInitial);
@@ -152,7 +152,7 @@ void PduJson::writeSelector(const Selector& selector, int64_t base) {
     m_json.beginObject("selector");
     put(m_json, "start_position", selector.lsb + base);
     put(m_json, "length", selector.lengthBits);
-    put(m_json, "byte_order", nameOf(selector.order));
+    put(m_json, "byte_order", wordFor(selector.order));
     m_json.endObject();
 }
 
@@ -197,7 +197,7 @@ void PduJson::writeSignal(const MappedSignal& mapped, int64_t base, const Channe
     put(m_json, "name", signal.name);
     if (!signal.comment.empty()) put(m_json, "comment", signal.comment);
     put(m_json, "length", signal.lengthBits);
-    put(m_json, "byte_order", nameOf(mapped.order));
+    put(m_json, "byte_order", wordFor(mapped.order));
     put(m_json, "start_position", mapped.lsb + base);
     put(m_json, "transport", mapped.transport);
     put(m_json, "init_value", signal.initValue);

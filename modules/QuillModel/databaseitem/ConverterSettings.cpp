@@ -1,5 +1,6 @@
 #include "databaseitem/ConverterSettings.h"
 
+#include <algorithm>
 #include <mutex>
 #include <utility>
 
@@ -16,6 +17,10 @@ constexpr const char* kProgramSuffix = ".exe";
 constexpr const char* kConverterFolder = "/public/dbc_to_json/linux/";
 constexpr const char* kProgramSuffix = "";
 #endif
+
+// Sums of time points with them stay far from overflow.
+constexpr std::chrono::milliseconds kShortestTimeout{1};
+constexpr std::chrono::milliseconds kLongestTimeout{std::chrono::hours(24)};
 
 struct SharedSettings {
     std::mutex mutex;
@@ -47,6 +52,7 @@ ConverterSettings converterSettings() {
 }
 
 void setConverterSettings(ConverterSettings settings) {
+    settings.timeout = std::clamp(settings.timeout, kShortestTimeout, kLongestTimeout);
     SharedSettings& shared = sharedSettings();
     const std::lock_guard lock(shared.mutex);
     shared.settings = std::move(settings);

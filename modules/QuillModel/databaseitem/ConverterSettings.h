@@ -12,7 +12,8 @@ struct ConverterSettings {
     std::string rootFolder;
     // Asked when the converter is not below the root. Empty: the folder of the running module.
     std::string fallbackFolder;
-    std::chrono::milliseconds timeout{60'000};  // then a converter is ended and the load fails
+    // Then a converter is ended and the load fails; held between 1 ms and 24 h.
+    std::chrono::milliseconds timeout{60'000};
     // Asked about every 100 ms during a load; true ends it with a failure (Ctrl-C of a script).
     std::function<bool()> interrupted;
 };

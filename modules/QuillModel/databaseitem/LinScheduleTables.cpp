@@ -13,6 +13,8 @@ namespace {
 
 constexpr int32_t kMasterRequestId = 60;
 constexpr int32_t kSlaveResponseId = 61;
+// Far above the 8 bytes of a real frame: a damaged length must not fill memory once per entry.
+constexpr size_t kMaxPayload = 256;
 constexpr const char* kEveryResponder = "Each responder node";
 constexpr uint32_t kPublishedByMaster = 4;
 constexpr uint32_t kPublishedByNode = 3;
@@ -25,7 +27,7 @@ bool equalIgnoringCase(const std::string& a, const std::string& b) {
 
 // Payload of the frame with every signal at its initial value.
 std::string initialPayload(const LDFFrame& frame) {
-    std::vector<uint8_t> payload(frame.length, 0);
+    std::vector<uint8_t> payload(std::min<size_t>(frame.length, kMaxPayload), 0);
     for (const auto& signal : frame.signals) {
         const auto start = static_cast<uint32_t>(signal->startBit);
         const auto length = static_cast<uint32_t>(signal->bitLength);

@@ -1,5 +1,8 @@
 #include "databaseitem/Multiplexing.h"
 
+#include <string_view>
+#include <unordered_map>
+
 #include "databaseitem/JsonObjectReader.h"
 
 namespace Model::database {
@@ -31,9 +34,18 @@ void readMultiplexRule(JsonObjectReader& json, MultiplexRule& rule) {
 }
 
 void resolveMultiplexors(RecordList<CanDBCEntrySignal>& signals) {
+    // By name, so that a frame of any size is read in one pass; the empty name is the plain one.
+    std::unordered_map<std::string_view, int32_t> indexes;
+    for (size_t i = 0; i < signals.size(); ++i) {
+        const CanDBCEntrySignal& signal = *signals[i];
+        const auto index = static_cast<int32_t>(i);
+        if (!signal.name.empty()) indexes.emplace(signal.name, index);
+        if (isMultiplexorOf(signal, MultiplexRule{})) indexes.emplace(std::string_view(), index);
+    }
     for (const auto& signal : signals) {
         if (!signal->multiplex.isMultiplexed) continue;
-        signal->multiplex.multiplexorIndex = findMultiplexor(signals, signal->multiplex);
+        const auto found = indexes.find(signal->multiplex.multiplexor);
+        if (found != indexes.end()) signal->multiplex.multiplexorIndex = found->second;
     }
 }
 

@@ -53,7 +53,7 @@ std::string lockFolder() {
         std::error_code error;
         base = std::filesystem::temp_directory_path(error).string();
     }
-    const std::string folder = base + "/quill-locks-" + std::to_string(geteuid());
+    std::string folder = base + "/quill-locks-" + std::to_string(geteuid());
     struct stat facts {};
     if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) return {};
     if (::lstat(folder.c_str(), &facts) != 0 || !S_ISDIR(facts.st_mode)) return {};

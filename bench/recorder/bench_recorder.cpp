@@ -95,7 +95,7 @@ void benchBlf(const Options& options, bool fd, int level) {
         ours.add(n / cost.seconds);
         toFloor.add(least.seconds / cost.seconds);
         toFloorCpu.add(least.cpuSeconds / cost.cpuSeconds);
-        const auto rate = bench::pythonRate(path, options.pythonFrames, fd, level);
+        const auto rate = bench::pythonRate(path, traffic, options.pythonFrames, fd, level);
         if (!rate) continue;
         python.add(*rate);
         toPython.add(n / cost.seconds / *rate);
@@ -114,12 +114,13 @@ void benchBlf(const Options& options, bool fd, int level) {
 
 void benchAsc(const Options& options, bool fd) {
     const size_t count = fd ? options.fdFrames : options.canFrames;
-    const auto frames = bench::makeFrames(bench::makeTraffic(count, fd), fd);
+    const auto traffic = bench::makeTraffic(count, fd);
+    const auto frames = bench::makeFrames(traffic, fd);
     const std::string path = options.folder + "/b.asc";
     Series ours, python, toPython;
     for (int round = 0; round < options.rounds; ++round) {
         ours.add(static_cast<double>(count) / writerCost(path, 1, 0, frames).seconds);
-        const auto rate = bench::pythonRate(path, options.pythonFrames, fd, 0);
+        const auto rate = bench::pythonRate(path, traffic, options.pythonFrames, fd, 0);
         if (!rate) continue;
         python.add(*rate);
         toPython.add(ours.values.back() / *rate);

@@ -5,7 +5,6 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
 #include <filesystem>
 #include <functional>
@@ -96,7 +95,7 @@ void benchBlf(const Options& options, bool fd, int level) {
         ours.add(n / cost.seconds);
         toFloor.add(least.seconds / cost.seconds);
         toFloorCpu.add(least.cpuSeconds / cost.cpuSeconds);
-        const auto rate = bench::pythonRate(path, options.pythonFrames, fd, level);
+        const auto rate = bench::pythonRate(path, traffic, options.pythonFrames, fd, level);
         if (!rate) continue;
         python.add(*rate);
         toPython.add(n / cost.seconds / *rate);
@@ -115,12 +114,13 @@ void benchBlf(const Options& options, bool fd, int level) {
 
 void benchAsc(const Options& options, bool fd) {
     const size_t count = fd ? options.fdFrames : options.canFrames;
-    const auto frames = bench::makeFrames(bench::makeTraffic(count, fd), fd);
+    const auto traffic = bench::makeTraffic(count, fd);
+    const auto frames = bench::makeFrames(traffic, fd);
     const std::string path = options.folder + "/b.asc";
     Series ours, python, toPython;
     for (int round = 0; round < options.rounds; ++round) {
         ours.add(static_cast<double>(count) / writerCost(path, 1, 0, frames).seconds);
-        const auto rate = bench::pythonRate(path, options.pythonFrames, fd, 0);
+        const auto rate = bench::pythonRate(path, traffic, options.pythonFrames, fd, 0);
         if (!rate) continue;
         python.add(*rate);
         toPython.add(ours.values.back() / *rate);
@@ -199,28 +199,43 @@ void benchSustained(const Options& options, int seconds) {
         static_cast<double>(status.bytes) / 1e6);
 }
 
+// Runs the part that was asked for, or all of them.
+void runParts(const Options& options, const std::string& part, int sustainedSeconds) {
+    const auto wanted = [&part](const char* name) { return part.empty() || part == name; };
+    for (const int level : {1, 6}) {
+        if (wanted("blf")) benchBlf(options, false, level);
+        if (wanted("blf")) benchBlf(options, true, level);
+    }
+    if (wanted("asc")) benchAsc(options, false);
+    if (wanted("asc")) benchAsc(options, true);
+    if (wanted("frame")) benchRecordFrame(options);
+    if (wanted("sustained")) benchSustained(options, sustainedSeconds);
+}
+
 }  // namespace
 
+// bench_recorder [--quick] [--rounds=N] [blf|asc|frame|sustained]
 int main(int argc, char** argv) {
     spdlog::set_level(spdlog::level::warn);
     Options options;
-    const bool quick = argc > 1 && std::strcmp(argv[1], "--quick") == 0;
-    if (quick) {
-        options.canFrames = 50'000;
-        options.fdFrames = options.pythonFrames = 10'000;
-        options.rounds = 1;
+    int sustainedSeconds = 60;
+    std::string part;
+    for (int i = 1; i < argc; ++i) {
+        const std::string word = argv[i];
+        if (word == "--quick") {
+            options.canFrames = 50'000;
+            options.fdFrames = options.pythonFrames = 10'000;
+            options.rounds = sustainedSeconds = 1;
+        } else if (word.starts_with("--rounds=")) {
+            options.rounds = std::max(1, std::atoi(word.c_str() + 9));
+        } else {
+            part = word;
+        }
     }
     const auto folder = std::filesystem::temp_directory_path() / "quill_bench_recorder";
     std::filesystem::create_directories(folder);
     options.folder = folder.string();
-    for (const int level : {1, 6}) {
-        benchBlf(options, false, level);
-        benchBlf(options, true, level);
-    }
-    benchAsc(options, false);
-    benchAsc(options, true);
-    benchRecordFrame(options);
-    benchSustained(options, quick ? 1 : 60);
+    runParts(options, part, sustainedSeconds);
     std::filesystem::remove_all(folder);
     return 0;
 }

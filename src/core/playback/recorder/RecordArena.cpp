@@ -11,6 +11,7 @@ namespace {
 
 constexpr size_t kSlabRoom = size_t{64} * 1024 - 64;
 constexpr size_t kAlignment = 8;
+constexpr size_t kLink = sizeof(void*);  // address of the slab before each record
 // The arena's own share of a slab, taken back when it turns to the next one. It outnumbers every
 // record of a slab, so the count cannot reach 0 before.
 constexpr uint32_t kOwnShare = 1U << 30U;
@@ -42,18 +43,18 @@ void RecordArena::retire() noexcept {
 
 void* RecordArena::allocate(size_t size) {
     // The slab's address stands before each record, so that the record alone is enough to free it.
-    const size_t needed = sizeof(Slab*) + (size + kAlignment - 1) / kAlignment * kAlignment;
+    const size_t needed = kLink + (size + kAlignment - 1) / kAlignment * kAlignment;
     if (needed > m_room - m_used) open(needed);
     uint8_t* at = reinterpret_cast<uint8_t*>(m_slab) + kAlignment + m_used;
     m_used += needed;
     ++m_taken;
-    std::memcpy(at, &m_slab, sizeof m_slab);
-    return at + sizeof m_slab;
+    std::memcpy(at, &m_slab, kLink);
+    return at + kLink;
 }
 
 void RecordArena::release(void* record) noexcept {
     Slab* slab = nullptr;
-    std::memcpy(&slab, static_cast<uint8_t*>(record) - sizeof slab, sizeof slab);
+    std::memcpy(&slab, static_cast<uint8_t*>(record) - kLink, kLink);
     slab->drop(1);
 }
 

@@ -175,7 +175,7 @@ int main(int argc, char** argv) {
         files = {corpus / "tesla_can.dbc", corpus / "FORD_CADS.dbc"};
     }
     db::ConverterSettings settings;
-    settings.rootFolder = QUILL_BINARY_DIR;
+    settings.rootFolder = QUILL_BINARY_DIR "/python";
     db::setConverterSettings(settings);
     const fs::path folder = fs::temp_directory_path() / "quill_bench_databaseitem";
     fs::create_directories(folder);

@@ -36,6 +36,8 @@ struct TraceSubscriber {
 enum class ChannelType : int { FlexRay = 1, Can = 2, Ethernet = 8, Lin = 32 };
 // Channel index counted from 0 and enabled flag.
 using ChannelTable = std::map<ChannelType, std::vector<std::pair<int, int>>>;
+// "CAN", "LIN", "ETH" or "FLEXRAY".
+[[nodiscard]] const char* channelKindText(ChannelType type);
 
 // The one object through which the rest of the system uses the boxes. Devices are addressed by
 // their identifier, the MAC address text of a box. Thread-safe. An unknown identifier is answered
@@ -56,6 +58,13 @@ public:
     // Identifiers of all known boxes that have a MAC address, in the order they were found.
     [[nodiscard]] std::vector<std::string> deviceMacs() const;
     [[nodiscard]] std::optional<ChannelTable> channelTable(const QString& deviceId) const;
+
+    // Channels have names: "<box name>.CAN1" is the first CAN channel of the boxes of that name,
+    // and "CAN1" that of any box. Names come and go with the boxes.
+    [[nodiscard]] std::vector<std::string> channelNames(const QString& deviceId) const;
+    // Kind and index of a channel name; empty when no known box has such a channel.
+    [[nodiscard]] std::optional<std::pair<ChannelType, int>> findChannel(
+        const std::string& name) const;
 
     // Asks the box itself and waits for its answer, bounded by the command time-out.
     [[nodiscard]] std::optional<BoxIdentity> fetchIdentity(const QString& deviceId);

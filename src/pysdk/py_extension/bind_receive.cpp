@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "core/capturefilter/model/CANFilterModel.h"
+#include "core/capturefilter/model/LINFilterModel.h"
 #include "pysdk/py_extension/bindings.h"
 #include "pysdk/py_extension/pysdk_entry.h"
 #include "pysdk/py_extension/script_arguments.h"
@@ -21,18 +23,34 @@ using CanCallback = CallbackFor<CANRawFrame>;
 using LinCallback = CallbackFor<LinFrame>;
 using CanId = Ranged<"id", uint32_t>;
 
+using CanList = std::shared_ptr<rv::CANFrameFilterList>;
+using LinList = std::shared_ptr<rv::LINFrameFilterList>;
+
+template <class List>
+FrameViews::List sourceOf(const List& list) {
+    return list == nullptr ? nullptr : list->source();
+}
+
+template <class List>
+void setFilter(const DeviceHandle& handle, FrameViews::Bus bus, const List& list) {
+    PySDKEntry::instance().delivery().views().setSubscriptionFilter(handle.deviceInfo.mac, bus,
+                                                                    sourceOf(list));
+}
+
 ScriptRegistries& registries() { return PySDKEntry::instance().delivery().registries(); }
 
 void addDeviceSubscriptions(py::module_& m) {
     m.def(
         "subscribeCanFrame",
-        [](const DeviceHandle& handle, const CanCallback& callback) {
+        [](const DeviceHandle& handle, const CanCallback& callback, const CanList& filter) {
             checkAddress(handle);
+            setFilter(handle, FrameViews::Bus::Can, filter);
             return PySDKEntry::instance().subscribeCan(handle, callback.callback);
         },
-        py::arg("handle"), py::arg("callback"),
+        py::arg("handle"), py::arg("callback"), py::kw_only(), py::arg("filter") = py::none(),
         "Call a callable with every CAN frame of a box, sent ones included; it replaces an "
-        "earlier one. True when tracing could be started.");
+        "earlier one. With a filter list, only frames that it passes. True when tracing could be "
+        "started.");
     m.def(
         "unsubscribeCanFrame",
         [](const DeviceHandle& handle) {
@@ -45,13 +63,15 @@ void addDeviceSubscriptions(py::module_& m) {
 void addLinSubscriptions(py::module_& m) {
     m.def(
         "subscribeLinFrame",
-        [](const DeviceHandle& handle, const LinCallback& callback) {
+        [](const DeviceHandle& handle, const LinCallback& callback, const LinList& filter) {
             checkAddress(handle);
+            setFilter(handle, FrameViews::Bus::Lin, filter);
             return PySDKEntry::instance().subscribeLin(handle, callback.callback);
         },
-        py::arg("handle"), py::arg("callback"),
+        py::arg("handle"), py::arg("callback"), py::kw_only(), py::arg("filter") = py::none(),
         "Call a callable with every LIN frame of a box, sent ones included; it replaces an "
-        "earlier one. True when tracing could be started.");
+        "earlier one. With a filter list, only frames that it passes. True when tracing could be "
+        "started.");
     m.def(
         "unsubscribeLinFrame",
         [](const DeviceHandle& handle) {
@@ -96,13 +116,20 @@ void bindRecordingStatus(py::module_& m) {
 void addRecording(py::module_& m) {
     m.def(
         "enableDataRecording",
-        [](const std::string& path, std::vector<int32_t> channels,
-           Ranged<"format", int64_t> format) {
+        [](const std::string& path, std::vector<int32_t> channels, Ranged<"format", int64_t> format,
+           const CanList& canFilter, const LinList& linFilter) {
+            FrameViews& views = PySDKEntry::instance().delivery().views();
+            if (!PySDKEntry::instance().delivery().recording().running()) {
+                views.setRecordingFilters(sourceOf(canFilter), sourceOf(linFilter));
+            }
             PySDKEntry::instance().enableRecording(path, std::move(channels), format);
         },
-        py::arg("path"), py::arg("channels"), py::arg("format"),
+        py::arg("path"), py::arg("channels"), py::arg("format"), py::kw_only(),
+        py::arg("canFilter") = py::none(), py::arg("linFilter") = py::none(),
         "Record the received frames of channels, or of all channels when the list is empty, into "
-        "a file: format 1 ASC, any other BLF. Raises ValueError when the file cannot be made.");
+        "a file: format 1 ASC, any other BLF. With filter lists, only frames that they pass. "
+        "Raises "
+        "ValueError when the file cannot be made.");
     m.def(
         "disableDataRecording", [] { PySDKEntry::instance().disableRecording(); },
         "End the recording and complete its file; does nothing without a recording.");

@@ -75,8 +75,10 @@ PYBIND11_MODULE(QuillScriptsSDK, m) {
 
     bindRecords(m);
     bindDatabaseRecords(m);
+    bindFilterLists(m);
     bindDevice(m);
     bindTransmit(m);
     bindDatabaseFunctions(m);
     bindReceive(m);
+    bindChannelCalls(m);
 }

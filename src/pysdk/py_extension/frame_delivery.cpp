@@ -29,33 +29,35 @@ void FrameDelivery::deliver(rv::FrameType type, rv::FrameHolder& frame, const rv
         step(m_dropped);
         return;
     }
-    m_recording.offer(*frame);
-    const CallbackTargets targets = m_registries.targetsOf(type, *frame, info.deviceId);
+    const FrameView view = m_views.look(type, *frame, info.deviceId);
+    if (view.recorded) m_recording.offer(*frame);
+    CallbackTargets targets = m_registries.targetsOf(type, *frame, info.deviceId);
+    if (!view.delivered) targets.device = ScriptCallback();
     if (!targets) {
         step(m_dropped);
         return;
     }
-    callScripts(targets, type, *frame);
+    callScripts(targets, type, *frame, view.name);
     step(m_out);
 }
 
 // No lock is held here, so that a script may change its subscriptions from its callable.
 void FrameDelivery::callScripts(const CallbackTargets& targets, rv::FrameType type,
-                                const rv::Frame& frame) {
+                                const rv::Frame& frame, std::string_view name) {
     t_insideCallable = true;
-    if (targets.device) callOne(targets.device, type, frame);
-    if (targets.byId) callOne(targets.byId, type, frame);
+    if (targets.device) callOne(targets.device, type, frame, name);
+    if (targets.byId) callOne(targets.byId, type, frame, name);
     t_insideCallable = false;
 }
 
 void FrameDelivery::callOne(const ScriptCallback& callback, rv::FrameType type,
-                            const rv::Frame& frame) {
+                            const rv::Frame& frame, std::string_view name) {
     ParkOnUnwind park;  // the interpreter may end while the callable runs
     enterInterpreter();
     // Closed while this thread waited for the lock: the registries are being emptied.
     if (!m_closed.load(std::memory_order_acquire)) {
         step(m_calls);
-        PyObject* record = m_objects.make(type, frame);
+        PyObject* record = m_objects.make(type, frame, name);
         PyObject* result =
             record == nullptr ? nullptr : PyObject_CallOneArg(callback.get(), record);
         if (result == nullptr) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "core/hardware/ReceiveCallback.h"
+#include "pysdk/py_extension/frame_views.h"
 #include "pysdk/py_extension/record_objects.h"
 #include "pysdk/py_extension/recording.h"
 #include "pysdk/py_extension/script_registries.h"
@@ -28,6 +29,7 @@ public:
     void deliver(rv::FrameType type, rv::FrameHolder& frame, const rv::FrameInfo& info) override;
 
     [[nodiscard]] ScriptRegistries& registries() { return m_registries; }
+    [[nodiscard]] FrameViews& views() { return m_views; }
     // Gets every frame, whether or not a callable wants it.
     [[nodiscard]] Recording& recording() { return m_recording; }
     void close();
@@ -37,10 +39,13 @@ public:
     [[nodiscard]] static bool onDispatchThread();
 
 private:
-    void callScripts(const CallbackTargets& targets, rv::FrameType type, const rv::Frame& frame);
-    void callOne(const ScriptCallback& callback, rv::FrameType type, const rv::Frame& frame);
+    void callScripts(const CallbackTargets& targets, rv::FrameType type, const rv::Frame& frame,
+                     std::string_view name);
+    void callOne(const ScriptCallback& callback, rv::FrameType type, const rv::Frame& frame,
+                 std::string_view name);
 
     ScriptRegistries m_registries;
+    FrameViews m_views;
     Recording m_recording;
     RecordObjects m_objects;  // guarded by the interpreter lock
     std::atomic<bool> m_closed{false};

@@ -76,6 +76,8 @@ public:
     [[nodiscard]] playback::RecordingStatus recordingStatus();
 
     [[nodiscard]] scripts::FrameDelivery& delivery() { return *m_delivery; }
+    // For calls that wait: the delivery stays when exit() destroys the entry meanwhile.
+    [[nodiscard]] std::shared_ptr<scripts::FrameDelivery> deliveryPtr() { return m_delivery; }
     [[nodiscard]] rv::RVBoxManager& manager() { return *m_manager; }
 
 private:

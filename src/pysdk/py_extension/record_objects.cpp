@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <new>
+#include <type_traits>
 #include <typeinfo>
 
 #include "pysdk/py_extension/script_records.h"
@@ -22,7 +23,7 @@ PyTypeObject* registeredType(const std::type_info& type) {
 // An instance as the type's own constructor leaves it, but for the entry in the table of
 // addresses, which serves only to find the object of an address again.
 template <class Record>
-PyObject* makeInstance(PyTypeObject*& type, const rv::Frame& frame) {
+PyObject* makeInstance(PyTypeObject*& type, const rv::Frame& frame, std::string_view name) {
     if (type == nullptr) type = registeredType(typeid(Record));
     if (type == nullptr) return nullptr;
     auto* record = new (std::nothrow) Record;
@@ -33,6 +34,12 @@ PyObject* makeInstance(PyTypeObject*& type, const rv::Frame& frame) {
         return nullptr;
     }
     fill(*record, frame);
+    if constexpr (std::is_same_v<Record, CANRawFrame>) {
+        if (!name.empty()) {
+            record->name.assign(name);
+            record->parsed = true;
+        }
+    }
     using Holder = std::unique_ptr<Record>;
     static_assert(sizeof(Holder) <= sizeof(void*));
     auto* instance = reinterpret_cast<py::detail::instance*>(self);
@@ -47,14 +54,14 @@ PyObject* makeInstance(PyTypeObject*& type, const rv::Frame& frame) {
 
 }  // namespace
 
-PyObject* RecordObjects::make(rv::FrameType type, const rv::Frame& frame) {
+PyObject* RecordObjects::make(rv::FrameType type, const rv::Frame& frame, std::string_view name) {
     switch (type) {
         case rv::FrameType::Can:
-            return makeInstance<CANRawFrame>(m_can, frame);
+            return makeInstance<CANRawFrame>(m_can, frame, name);
         case rv::FrameType::Lin:
-            return makeInstance<LinFrame>(m_lin, frame);
+            return makeInstance<LinFrame>(m_lin, frame, name);
         case rv::FrameType::Ethernet:
-            return makeInstance<EthFrame>(m_eth, frame);
+            return makeInstance<EthFrame>(m_eth, frame, name);
         default:
             break;
     }

@@ -2,6 +2,8 @@
 
 #include <Python.h>
 
+#include <string_view>
+
 #include "core/frame/Frame.h"
 
 namespace scripts {
@@ -11,8 +13,9 @@ namespace scripts {
 // made here are owned by nobody else, so neither is needed. With the interpreter lock held.
 class RecordObjects {
 public:
+    // `name`: of the matched database frame, empty when there is none; CAN frames carry it.
     // New reference, or null with a Python error set.
-    [[nodiscard]] PyObject* make(rv::FrameType type, const rv::Frame& frame);
+    [[nodiscard]] PyObject* make(rv::FrameType type, const rv::Frame& frame, std::string_view name);
 
 private:
     PyTypeObject* m_can = nullptr;  // borrowed: registered types live as long as the interpreter

@@ -53,6 +53,11 @@ void Recording::offer(const rv::Frame& frame) {
     m_recorder->recordFrame(frame);
 }
 
+bool Recording::running() const {
+    const std::lock_guard lock(m_mutex);
+    return m_recorder != nullptr;
+}
+
 playback::RecordingStatus Recording::status() const {
     const std::lock_guard lock(m_mutex);
     return m_recorder ? m_recorder->status() : m_last;

@@ -26,6 +26,7 @@ public:
     // Called by the dispatch thread for every delivered frame.
     void offer(const rv::Frame& frame);
 
+    [[nodiscard]] bool running() const;
     // Of the running recording, else of the last one.
     [[nodiscard]] playback::RecordingStatus status() const;
 

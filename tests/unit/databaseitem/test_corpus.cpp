@@ -144,7 +144,7 @@ protected:
     void SetUp() override {
         if (!fs::exists(kCorpus)) GTEST_SKIP() << "no corpus at " << kCorpus;
         ConverterSettings settings;
-        settings.rootFolder = QUILL_BINARY_DIR;
+        settings.rootFolder = QUILL_BINARY_DIR "/python";
         setConverterSettings(settings);
     }
     // A file of the corpus under a folder that may be written to.
@@ -170,7 +170,7 @@ TEST_F(DatabaseTest, exampleOfTheGuideHolds) {
     const size_t from = page.find("VERSION");
     const std::string file = write("vehicle.dbc", page.substr(from, page.find("'''", from) - from));
     ConverterSettings settings;
-    settings.rootFolder = QUILL_BINARY_DIR;
+    settings.rootFolder = QUILL_BINARY_DIR "/python";
     setConverterSettings(settings);
     const auto loaded = loadCanDBC(file);
     ASSERT_EQ(loaded.code, kQueryDone) << logText();
@@ -341,8 +341,8 @@ void compareLdfFrame(const LDFFrame& frame, const QJsonObject& golden,
 }
 
 TEST_F(CorpusTest, everyLdfFileAgrees) {
-    if (!fs::exists(QUILL_BINARY_DIR "/public/dbc_to_json/linux/ldf2json") &&
-        !fs::exists(QUILL_BINARY_DIR "/public/dbc_to_json/win/ldf2json.exe")) {
+    if (!fs::exists(QUILL_BINARY_DIR "/python/public/dbc_to_json/linux/ldf2json") &&
+        !fs::exists(QUILL_BINARY_DIR "/python/public/dbc_to_json/win/ldf2json.exe")) {
         GTEST_SKIP() << "no ldf2json in this build";
     }
     Differences out;

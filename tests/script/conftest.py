@@ -17,7 +17,7 @@ NETWORK = {
             "mac": MAC,
             "serial": "SN-10",
             "channels": {"can": ["powertrain", "powertrain", "body", "idle"],
-                         "lin": ["seat", "seat"], "eth": ["backbone"]},
+                         "lin": ["seat", "seat"], "eth": ["backbone"] * 6},
         }
     ],
     "buses": {"powertrain": {"kind": "can"}, "body": {"kind": "can"}, "idle": {"kind": "can"},

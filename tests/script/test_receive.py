@@ -135,7 +135,7 @@ def test_lin_frames(sdk, box):
 
 
 def test_ethernet_frames(sdk, box):
-    inbox = Inbox()
+    inbox = Inbox(keep=lambda frame: "channelId = 0" in repr(frame))
     assert sdk.subscribeEthFrame(box, inbox)
     frame = inbox.wait(2)[0]
     assert type(frame) is sdk.EthFrame

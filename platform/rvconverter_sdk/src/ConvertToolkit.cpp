@@ -15,7 +15,7 @@ namespace rv {
 
 namespace {
 
-// Level 6 costs three times the processor time and makes bus traffic hardly smaller.
+// Level 6 costs about three times the processor time for files that are 1 to 18 % smaller.
 constexpr int kDefaultLevel = 1;
 constexpr int kMaxLevel = 9;
 constexpr int kMaxThreads = 8;

@@ -7,9 +7,12 @@
 // One function per subsystem; the module entry calls them in a fixed order, which is the order in
 // which types become known to later signatures.
 void bindRecords(pybind11::module_& m);
-void bindScheduleTables(pybind11::module_& m);
+void bindDatabaseRecords(pybind11::module_& m);
+void bindScheduleTables(pybind11::module_& m);  // in its place among the database records
 void bindDevice(pybind11::module_& m);
 void bindTransmit(pybind11::module_& m);
+void bindDatabaseFunctions(pybind11::module_& m);
+void bindDatabaseAdditions(pybind11::module_& m);  // at the end of the database functions
 void bindReceive(pybind11::module_& m);
 
 namespace scripts {

@@ -74,8 +74,9 @@ PYBIND11_MODULE(QuillScriptsSDK, m) {
     addLifeCycle(m);
 
     bindRecords(m);
-    bindScheduleTables(m);
+    bindDatabaseRecords(m);
     bindDevice(m);
     bindTransmit(m);
+    bindDatabaseFunctions(m);
     bindReceive(m);
 }

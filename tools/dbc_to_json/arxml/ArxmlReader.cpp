@@ -80,12 +80,11 @@ std::optional<ReadError> readArxml(const Document& document, Database& out) {
     index.build(document.root());
     ReadContext context(index, out);
     PartyReader parties(context);
-    parties.readEcus();
     for (const auto system : index.roots().systems) {
         const auto order = textOf(system, "CONTAINER-I-PDU-HEADER-BYTE-ORDER");
         if (!order.empty()) out.containerHeaderByteOrder = order;
     }
-    bool isRead = readClusters(context, parties);
+    bool isRead = parties.readEcus() && readClusters(context, parties);
     const auto& roots = index.roots();
     // A configuration and the description that it was made from would tell every frame twice.
     if (isRead && roots.canClusters.empty()) isRead = EcucReader(context).read();

@@ -10,6 +10,8 @@ namespace {
 
 // Parties are worked out per channel; real clusters have one or two of them.
 constexpr size_t kMaxChannels = 256;
+// PDUs in frames, counted for each triggering of a frame.
+constexpr size_t kMaxMappings = size_t{4} << 20;
 constexpr uint32_t kMaxStandardId = 0x7FF;
 constexpr uint32_t kMaxExtendedId = 0x1FFFFFFF;
 
@@ -176,6 +178,9 @@ bool ClusterReader::readFrame(pugi::xml_node frame, Frame& out) {
          frame.child("PDU-TO-FRAME-MAPPINGS").children("PDU-TO-FRAME-MAPPING")) {
         const auto reference = mapping.child("PDU-REF");
         if (!reference) continue;
+        if (++m_mappings > kMaxMappings) {
+            return m_context.fail(frame, "the frames of the file hold too many PDUs");
+        }
         const auto pdu = m_pdus.readReferenced(reference);
         if (!pdu) return false;
         PduMapping read;

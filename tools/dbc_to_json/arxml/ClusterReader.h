@@ -33,6 +33,7 @@ private:
     PduReader& m_pdus;
     PartyReader& m_parties;
     size_t m_channels = 0;
+    size_t m_mappings = 0;
 };
 
 }  // namespace quill::arxml

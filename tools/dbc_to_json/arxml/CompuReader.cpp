@@ -9,7 +9,10 @@ namespace {
 
 // A text that stands for a range of raw values is written for each of them, up to this many.
 constexpr double kMaxTextsPerScale = 256;
-constexpr size_t kMaxTexts = 65536;
+// Below this, adding one to a double makes the next integer.
+constexpr double kExactIntegers = 4503599627370496.0;
+// All ranges of a file together; texts beyond that stand for the first value of their range only.
+constexpr size_t kMaxRangeTexts = size_t{1} << 20;
 
 std::vector<double> numbersOf(pugi::xml_node list) {
     std::vector<double> numbers;
@@ -89,10 +92,15 @@ void CompuReader::addTexts(const CompuScale& scale, CompuMethod& out) {
     if (!scale.hasText || isBitField(out.category) || scale.mask) return;
     const auto first = scale.lower ? scale.lower : scale.upper;
     if (!first || !std::isfinite(*first)) return;
-    double last = scale.upper.value_or(*first);
-    if (!(last >= *first) || last - *first >= kMaxTextsPerScale) last = *first;
-    for (double value = *first; value <= last && out.valueTable.size() < kMaxTexts; ++value) {
-        out.valueTable.push_back({value, scale.text});
+    out.valueTable.push_back({*first, scale.text});
+    const double last = scale.upper.value_or(*first);
+    const bool isShort = std::trunc(*first) == *first && std::abs(*first) < kExactIntegers &&
+                         last > *first && last - *first < kMaxTextsPerScale;
+    if (!isShort || m_rangeTexts > kMaxRangeTexts) return;
+    const int further = static_cast<int>(last - *first);
+    m_rangeTexts += static_cast<size_t>(further);
+    for (int step = 1; step <= further; ++step) {
+        out.valueTable.push_back({*first + step, scale.text});
     }
 }
 

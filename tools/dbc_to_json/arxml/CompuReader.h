@@ -23,10 +23,11 @@ private:
     [[nodiscard]] bool readScales(pugi::xml_node method, CompuMethod& out);
     [[nodiscard]] bool readScale(pugi::xml_node scale, CompuMethod& out);
     [[nodiscard]] bool applyLinear(pugi::xml_node scale, const CompuScale& read, CompuMethod& out);
-    static void addTexts(const CompuScale& scale, CompuMethod& out);
+    void addTexts(const CompuScale& scale, CompuMethod& out);
 
     ReadContext& m_context;
     std::unordered_map<const void*, uint32_t> m_known;
+    size_t m_rangeTexts = 0;
 };
 
 }  // namespace quill::arxml

@@ -48,7 +48,6 @@ std::optional<ReadError> Document::parse(std::string& text) {
                          std::string("not well-formed XML: ") + result.description()};
     }
     const auto top = root();
-    if (!top) return ReadError{0, "the file has no XML element"};
     const char* colon = std::strchr(top.name(), ':');
     const std::string attribute =
         colon ? "xmlns:" + std::string(top.name(), static_cast<size_t>(colon - top.name()))
@@ -67,8 +66,12 @@ std::optional<ReadError> Document::parse(std::string& text) {
 void Document::dropPrefixes() {
     const auto top = root();
     auto node = top;
+    std::string local;  // a copy, since the new name goes where the old one stands
     while (node) {
-        if (const char* colon = std::strchr(node.name(), ':')) node.set_name(colon + 1);
+        if (const char* colon = std::strchr(node.name(), ':')) {
+            local = colon + 1;
+            node.set_name(local.c_str());
+        }
         if (const auto inner = node.first_child()) {
             node = inner;
             continue;

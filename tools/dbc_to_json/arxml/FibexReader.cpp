@@ -11,6 +11,8 @@ namespace {
 
 constexpr int kMaxDepth = 8;
 constexpr size_t kMaxChannels = 256;
+constexpr size_t kMaxEcus = 4096;
+constexpr size_t kMaxMappings = size_t{4} << 20;
 constexpr uint32_t kBeingRead = 0xFFFFFFFF;
 constexpr uint32_t kMaxStandardId = 0x7FF;
 constexpr uint32_t kMaxExtendedId = 0x1FFFFFFF;
@@ -92,7 +94,7 @@ std::optional<ReadError> readFibex(const Document& document, Database& out) {
 bool FibexReader::read(pugi::xml_node root) {
     indexIds(root);
     const auto elements = root.child("ELEMENTS");
-    readEcus(elements);
+    if (!readEcus(elements)) return false;
     for (const auto cluster : elements.child("CLUSTERS").children("CLUSTER")) {
         if (!readCluster(cluster)) return false;
     }
@@ -126,15 +128,19 @@ pugi::xml_node FibexReader::require(pugi::xml_node reference) {
     return found;
 }
 
-void FibexReader::readEcus(pugi::xml_node elements) {
+bool FibexReader::readEcus(pugi::xml_node elements) {
     Database& database = m_context.database();
     for (const auto node : elements.child("ECUS").children("ECU")) {
         const auto ecu = static_cast<uint32_t>(database.ecus.size());
+        if (ecu >= kMaxEcus) {
+            return m_context.fail(node, "the file has more than 4096 control units");
+        }
         database.ecus.push_back({textOf(node, "SHORT-NAME"), fibexDescription(node)});
         for (const auto connector : node.child("CONNECTORS").children("CONNECTOR")) {
             readPorts(connector, ecu);
         }
     }
+    return true;
 }
 
 void FibexReader::readPorts(pugi::xml_node connector, uint32_t ecu) {
@@ -180,6 +186,9 @@ bool FibexReader::readCluster(pugi::xml_node cluster) {
             return m_context.fail(reference, "the cluster has more than 256 channels");
         }
         const auto channel = require(reference);
+        if (channel && !m_channels.insert(channel.internal_object()).second) {
+            return m_context.fail(reference, "a channel stands in two clusters");
+        }
         if (!channel || !readChannel(channel, out, bus == Bus::kFlexRay)) return false;
     }
     for (uint32_t ecu = 0; ecu < m_context.database().ecus.size(); ++ecu) out.nodes.push_back(ecu);
@@ -242,6 +251,9 @@ bool FibexReader::readFrame(pugi::xml_node frame, Frame& out) {
     out.comment = fibexDescription(frame);
     out.lengthBytes = unsignedOf(frame, "BYTE-LENGTH").value_or(0);
     for (const auto instance : frame.child("PDU-INSTANCES").children("PDU-INSTANCE")) {
+        if (++m_mappings > kMaxMappings) {
+            return m_context.fail(frame, "the frames of the file hold too many PDUs");
+        }
         const auto pdu = require(instance.child("PDU-REF"));
         if (!pdu) return false;
         const auto index = readPdu(pdu, 0);
@@ -368,7 +380,7 @@ std::optional<uint32_t> FibexReader::readSignal(pugi::xml_node signal) {
     }
     auto& signals = m_context.database().signals;
     const auto index = static_cast<uint32_t>(signals.size());
-    signals.push_back(std::move(out));
+    signals.push_back(out);
     m_signals.emplace(key, index);
     return index;
 }

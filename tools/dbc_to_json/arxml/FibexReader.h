@@ -5,6 +5,7 @@
 #include <pugixml.hpp>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "arxml/CompuReader.h"
 #include "arxml/Document.h"
@@ -25,14 +26,10 @@ public:
     [[nodiscard]] bool read(pugi::xml_node root);
 
 private:
-    struct Directions {
-        EcuSet senders, receivers;
-    };
-
     void indexIds(pugi::xml_node root);
     [[nodiscard]] pugi::xml_node target(pugi::xml_node reference) const;
     [[nodiscard]] pugi::xml_node require(pugi::xml_node reference);
-    void readEcus(pugi::xml_node elements);
+    [[nodiscard]] bool readEcus(pugi::xml_node elements);
     void readPorts(pugi::xml_node connector, uint32_t ecu);
     [[nodiscard]] bool readCluster(pugi::xml_node cluster);
     [[nodiscard]] bool readChannel(pugi::xml_node channel, Cluster& out, bool isFlexRay);
@@ -51,6 +48,8 @@ private:
     std::unordered_map<std::string_view, pugi::xml_node> m_ids;
     std::unordered_map<std::string_view, Parties> m_ports;  // by ID of the triggering
     std::unordered_map<const void*, uint32_t> m_pdus, m_signals;
+    std::unordered_set<const void*> m_channels;
+    size_t m_mappings = 0;
     PartyReader::ByElement m_pduPorts;  // by PDU element, of the channel being read
 };
 

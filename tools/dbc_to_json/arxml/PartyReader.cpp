@@ -8,6 +8,9 @@ namespace quill::arxml {
 namespace {
 
 constexpr int kMaxGroupDepth = 8;
+constexpr size_t kMaxEcus = 4096;
+// References in groups, counted once per control unit that takes part in the group.
+constexpr size_t kMaxGroupMembers = size_t{8} << 20;
 constexpr int kMaxAncestorsOfPort = 16;
 
 // Calls visit(reference) for the references in a list, with or without a level around each.
@@ -36,8 +39,12 @@ void addAll(EcuSet& set, const EcuSet& others) {
     for (const uint32_t ecu : others) addEcu(set, ecu);
 }
 
-void PartyReader::readEcus() {
+bool PartyReader::readEcus() {
     Database& database = m_context.database();
+    const auto& ecus = m_context.index().roots().ecus;
+    if (ecus.size() > kMaxEcus) {
+        return m_context.fail(ecus[kMaxEcus], "the file has more than 4096 control units");
+    }
     for (const auto node : m_context.index().roots().ecus) {
         const auto index = static_cast<uint32_t>(database.ecus.size());
         database.ecus.push_back({textOf(node, "SHORT-NAME"), descriptionOf(node)});
@@ -45,6 +52,7 @@ void PartyReader::readEcus() {
     }
     for (const auto node : m_context.index().roots().ecus) {
         const uint32_t ecu = m_ecus.at(node.internal_object());
+        m_visitedGroups.clear();
         for (const char* list :
              {"ASSOCIATED-COM-I-PDU-GROUP-REFS", "ASSOCIATED-I-PDU-GROUP-REFS"}) {
             forEachReference(node.child(list), [&](pugi::xml_node reference) {
@@ -53,6 +61,8 @@ void PartyReader::readEcus() {
         }
     }
     for (const auto node : m_context.index().roots().nmNodes) readNmNode(node);
+    if (m_groupMembers <= kMaxGroupMembers) return true;
+    return m_context.fail(ecus.front(), "the PDU groups of the file have too many members");
 }
 
 std::optional<uint32_t> PartyReader::ecuAround(pugi::xml_node node) const {
@@ -70,10 +80,12 @@ void PartyReader::addTo(const void* pdu, uint32_t ecu, std::string_view directio
 }
 
 void PartyReader::readGroup(pugi::xml_node group, uint32_t ecu, int depth) {
-    if (depth > kMaxGroupDepth) return;
+    if (depth > kMaxGroupDepth || ++m_groupMembers > kMaxGroupMembers) return;
+    if (!m_visitedGroups.insert(group.internal_object()).second) return;
     const auto direction = textOf(group, "COMMUNICATION-DIRECTION");
     for (const char* list : {"I-SIGNAL-I-PDUS", "I-PDU-REFS", "I-SIGNAL-I-PDU-REFS", "NM-PDUS"}) {
         forEachReference(group.child(list), [&](pugi::xml_node reference) {
+            if (++m_groupMembers > kMaxGroupMembers) return;
             const auto pdu = m_context.wish(reference);
             if (pdu) addTo(pdu.internal_object(), ecu, direction);
         });

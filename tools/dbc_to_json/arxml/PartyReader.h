@@ -6,6 +6,7 @@
 #include <optional>
 #include <pugixml.hpp>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "arxml/ReadContext.h"
 
@@ -20,7 +21,8 @@ public:
     explicit PartyReader(ReadContext& context) : m_context(context) {}
 
     // Reads the control units, their PDU groups and network management nodes; call once, first.
-    void readEcus();
+    // False when there are more of them than any vehicle has.
+    [[nodiscard]] bool readEcus();
 
     // The control unit around a port, connector or controller.
     [[nodiscard]] std::optional<uint32_t> ecuAround(pugi::xml_node node) const;
@@ -39,7 +41,9 @@ private:
 
     ReadContext& m_context;
     std::unordered_map<const void*, uint32_t> m_ecus;
-    ByElement m_groups;  // by PDU element, for all channels
+    ByElement m_groups;                               // by PDU element, for all channels
+    std::unordered_set<const void*> m_visitedGroups;  // of the control unit being read
+    size_t m_groupMembers = 0;
 };
 
 }  // namespace quill::arxml

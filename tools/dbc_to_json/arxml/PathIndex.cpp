@@ -9,8 +9,8 @@ namespace {
 
 // Bounds on what a single reference may cost, far above what real files need.
 constexpr int kMaxBaseDepth = 8;
-constexpr int kMaxAncestors = 256;
-constexpr int kMaxBases = 256;
+constexpr int kMaxAncestors = 64;
+constexpr int kMaxBases = 64;
 constexpr int kMaxSamePath = 1024;
 
 size_t hashOf(uint32_t parent, std::string_view name) {
@@ -52,6 +52,7 @@ void PathIndex::build(pugi::xml_node root) {
     m_entries.assign(1, Entry{});
     m_slots.assign(1024, kNone);
     m_holders.clear();
+    m_packages.clear();
     m_roots = Roots{};
     // Files may nest without end, so the pass keeps its own stack: the entry of each open element.
     std::vector<uint32_t> open{0};
@@ -63,7 +64,7 @@ void PathIndex::build(pugi::xml_node root) {
             if (const auto name = shortNameOf(node); !name.empty()) {
                 entry = intern(entry, name);
                 addHolder(entry, node);
-                noteRoot(node);
+                noteRoot(node, entry);
             }
             open.push_back(entry);
             node = inner;
@@ -78,9 +79,11 @@ void PathIndex::build(pugi::xml_node root) {
     }
 }
 
-void PathIndex::noteRoot(pugi::xml_node node) {
+void PathIndex::noteRoot(pugi::xml_node node, uint32_t entry) {
     const std::string_view name = node.name();
-    if (name == "CAN-CLUSTER") {
+    if (name == "AR-PACKAGE") {
+        m_packages.emplace(node.internal_object(), entry);
+    } else if (name == "CAN-CLUSTER") {
         m_roots.canClusters.push_back(node);
     } else if (name == "ECU-INSTANCE") {
         m_roots.ecus.push_back(node);
@@ -186,7 +189,9 @@ pugi::xml_node PathIndex::followRelative(pugi::xml_node reference, std::string_v
     levels = kMaxAncestors;
     for (auto at = reference.parent(); at && levels > 0; at = at.parent(), --levels) {
         if (std::strcmp(at.name(), "AR-PACKAGE") != 0) continue;
-        if (const auto found = pick(walk(pathOfPackage(at), path), kinds)) return found;
+        const uint32_t start = pathOfPackage(at);
+        if (start == kNone) continue;
+        if (const auto found = pick(walk(start, path), kinds)) return found;
     }
     return find(path, kinds);
 }
@@ -217,16 +222,8 @@ uint32_t PathIndex::baseOf(pugi::xml_node package, std::string_view label, int d
 }
 
 uint32_t PathIndex::pathOfPackage(pugi::xml_node package) const {
-    std::vector<std::string_view> names;
-    int levels = kMaxAncestors;
-    for (auto at = package; at && levels > 0; at = at.parent(), --levels) {
-        if (const auto name = shortNameOf(at); !name.empty()) names.push_back(name);
-    }
-    uint32_t entry = 0;
-    for (auto name = names.rbegin(); name != names.rend() && entry != kNone; ++name) {
-        entry = lookUp(entry, *name);
-    }
-    return entry;
+    const auto known = m_packages.find(package.internal_object());
+    return known == m_packages.end() ? kNone : known->second;
 }
 
 }  // namespace quill::arxml

@@ -6,6 +6,7 @@
 #include <initializer_list>
 #include <pugixml.hpp>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace quill::arxml {
@@ -47,7 +48,7 @@ private:
     uint32_t intern(uint32_t parent, std::string_view name);
     void grow();
     void addHolder(uint32_t entry, pugi::xml_node node);
-    void noteRoot(pugi::xml_node node);
+    void noteRoot(pugi::xml_node node, uint32_t entry);
     [[nodiscard]] uint32_t walk(uint32_t from, std::string_view path) const;
     [[nodiscard]] pugi::xml_node pick(uint32_t entry,
                                       std::initializer_list<const char*> kinds) const;
@@ -59,6 +60,7 @@ private:
     std::vector<Entry> m_entries;
     std::vector<Holder> m_holders;
     std::vector<uint32_t> m_slots;  // open addressing, a power of two
+    std::unordered_map<const void*, uint32_t> m_packages;
     Roots m_roots;
 };
 

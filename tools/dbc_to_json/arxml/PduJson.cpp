@@ -37,6 +37,7 @@ const char* nameOf(PartRole role) {
 constexpr size_t kPduBytes = 350;
 constexpr size_t kSignalBytes = 550;
 constexpr size_t kValueTextBytes = 24;
+constexpr size_t kEcuBytes = 12;
 
 size_t sizeOf(const Signal& signal, const Database& database) {
     size_t bytes = kSignalBytes + signal.name.size() + signal.comment.size();
@@ -189,7 +190,9 @@ void PduJson::writeParts(const Pdu& pdu, const Place& place, const Channel& chan
 void PduJson::writeSignal(const MappedSignal& mapped, int64_t base, const Channel& channel,
                           const EcuSet& receivers) {
     const Signal& signal = m_database.signals[mapped.signal];
-    if (!spend(sizeOf(signal, m_database))) return;
+    const auto told = channel.signalReceivers.find(mapped.signal);
+    const EcuSet& ecus = told == channel.signalReceivers.end() ? receivers : told->second;
+    if (!spend(sizeOf(signal, m_database) + ecus.size() * kEcuBytes)) return;
     m_json.beginObject();
     put(m_json, "name", signal.name);
     if (!signal.comment.empty()) put(m_json, "comment", signal.comment);
@@ -212,9 +215,7 @@ void PduJson::writeSignal(const MappedSignal& mapped, int64_t base, const Channe
     }
     m_json.endObject();
     put(m_json, "secured_signal", signal.isSecured);
-    const auto told = channel.signalReceivers.find(mapped.signal);
-    writeEcus(m_json, "receivers", m_database,
-              told == channel.signalReceivers.end() ? receivers : told->second);
+    writeEcus(m_json, "receivers", m_database, ecus);
     m_json.endObject();
 }
 

@@ -80,7 +80,7 @@ std::optional<uint32_t> SignalReader::read(pugi::xml_node iSignal) {
     readInitValue(iSignal, from, out);
     auto& signals = m_context.database().signals;
     const auto index = static_cast<uint32_t>(signals.size());
-    signals.push_back(std::move(out));
+    signals.push_back(out);
     m_known.emplace(key, index);
     return index;
 }

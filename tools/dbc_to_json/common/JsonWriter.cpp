@@ -94,9 +94,10 @@ void JsonWriter::number(double value) {
     separate();
     if (std::isnan(value)) value = 0.0;
     if (std::isinf(value)) value = std::copysign(std::numeric_limits<double>::max(), value);
-    const bool whole = std::fabs(value) < kExactIntegers && value == std::trunc(value);
-    if (whole && !(value == 0.0 && std::signbit(value))) {
-        appendNumber(m_text, static_cast<int64_t>(value));
+    const bool small = value > -kExactIntegers && value < kExactIntegers;
+    const int64_t whole = small ? static_cast<int64_t>(value) : 0;
+    if (small && static_cast<double>(whole) == value && (whole != 0 || !std::signbit(value))) {
+        appendNumber(m_text, whole);
     } else {
         appendNumber(m_text, value);
     }

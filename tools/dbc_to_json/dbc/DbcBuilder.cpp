@@ -101,13 +101,11 @@ bool DbcBuilder::take(Keyword keyword, const StatementTokens& statement) {
 
 std::string_view DbcBuilder::textOf(const Token& token) {
     const std::string_view text = token.view();
-    if (text.find_first_of("\\\r") == std::string_view::npos) return text;
+    if (text.find("\\\"") == std::string_view::npos) return text;
     std::string clean;
     clean.reserve(text.size());
     for (size_t i = 0; i < text.size(); ++i) {
-        const char next = i + 1 < text.size() ? text[i + 1] : '\0';
-        const bool leftOut = (text[i] == '\\' && next == '"') || (text[i] == '\r' && next == '\n');
-        if (!leftOut) clean += text[i] == '\r' ? '\n' : text[i];
+        if (text.substr(i, 2) != "\\\"") clean += text[i];
     }
     return m_model.ownedTexts.emplace_back(std::move(clean));
 }
@@ -159,7 +157,6 @@ bool DbcBuilder::takeVersion(const Tokens& tokens) {
 
 bool DbcBuilder::takeNodes(const Tokens& tokens) {
     for (const Token& token : tokens) {
-        if (isNoNode(token.view())) continue;
         Node& node = m_model.nodes.emplace_back();
         node.name = node.nameInFile = token.view();
     }

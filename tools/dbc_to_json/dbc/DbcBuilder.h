@@ -46,7 +46,7 @@ private:
     bool takeMultiplexedValue(const Tokens& tokens);
     bool takeRelation(const Tokens& tokens);
 
-    // Text of a token in quotes, with \" as " and line ends as LF.
+    // Text of a token in quotes, with \" as ".
     std::string_view textOf(const Token& token);
     RawValue rawValue(const Token& token);
     // Object words from index on, which moves past them; false when a number is out of range.

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "dbc/DbcNumbers.h"
 #include "dbc/DbcReferences.h"
@@ -20,6 +21,7 @@ public:
     DbcResolver(Model& model, References& references)
         : m_model(model),
           m_references(references),
+          m_nextSameId(model.messages.size(), kNone),
           m_messages(model.messages.size()),
           m_signals(model.signals.size()),
           m_others(model.nodes.size() + model.environmentVariables.size()),
@@ -55,7 +57,7 @@ private:
     void renameSignalsInLists();
 
     uint32_t findMessage(uint32_t id) const { return m_messages.find(id, {}); }
-    Signal* findSignal(const ObjectName& object) {
+    const Signal* findSignal(const ObjectName& object) const {
         const uint32_t message = findMessage(object.messageId);
         if (message == kNone) return nullptr;
         const uint32_t index = m_signals.find(message, object.name);
@@ -64,52 +66,68 @@ private:
     uint32_t findOther(ObjectKind kind, std::string_view name) const {
         return m_others.find(kindOwner(kind), name);
     }
-    // The object's comment or first attribute; null when there is no such object.
-    std::string_view* commentOf(const ObjectName& object);
-    uint32_t* firstAttributeOf(const ObjectName& object);
-    // Runs use(object record) on the object that the name means, and tells its result.
-    template <class Result, class Use>
-    Result* withObject(const ObjectName& object, Use use);
+    // Runs use(record) on every object that the name means: public databases hold the same
+    // identifier twice, and what is said about it then holds for each frame that has it.
+    template <class Use>
+    void forEach(const ObjectName& object, Use use);
+    template <class Use>
+    void forEachMessage(uint32_t id, Use use);
+    template <class Use>
+    void forEachSignal(const ObjectName& object, Use use);
 
     AttributeData typedValue(const AttributeDefinition& definition, const RawValue& raw) const;
 
     Model& m_model;
     References& m_references;
+    std::vector<uint32_t> m_nextSameId;
     NameIndex m_messages;     // identifier as in the file
     NameIndex m_signals;      // message index and name
     NameIndex m_others;       // kind and name
     NameIndex m_definitions;  // kind and name
 };
 
-template <class Result, class Use>
-Result* DbcResolver::withObject(const ObjectName& object, Use use) {
-    if (object.kind == ObjectKind::Database) return use(m_model);
-    if (object.kind == ObjectKind::Signal) {
-        Signal* const signal = findSignal(object);
-        return signal == nullptr ? nullptr : use(*signal);
+template <class Use>
+void DbcResolver::forEachMessage(uint32_t id, Use use) {
+    // A bound, so that a file full of one identifier stays linear.
+    constexpr int kMaxSame = 16;
+    uint32_t index = findMessage(id);
+    for (int i = 0; index != kNone && i < kMaxSame; ++i) {
+        use(index);
+        index = m_nextSameId[index];
     }
+}
+
+template <class Use>
+void DbcResolver::forEachSignal(const ObjectName& object, Use use) {
+    forEachMessage(object.messageId, [&](uint32_t message) {
+        const uint32_t index = m_signals.find(message, object.name);
+        if (index != kNone) use(m_model.signals[index]);
+    });
+}
+
+template <class Use>
+void DbcResolver::forEach(const ObjectName& object, Use use) {
+    if (object.kind == ObjectKind::Database) return use(m_model);
+    if (object.kind == ObjectKind::Signal) return forEachSignal(object, use);
     if (object.kind == ObjectKind::Message) {
-        const uint32_t index = findMessage(object.messageId);
-        return index == kNone ? nullptr : use(m_model.messages[index]);
+        return forEachMessage(object.messageId,
+                              [&](uint32_t index) { use(m_model.messages[index]); });
     }
     const uint32_t index = findOther(object.kind, object.name);
-    if (index == kNone) return nullptr;
+    if (index == kNone) return;
     if (object.kind == ObjectKind::Node) return use(m_model.nodes[index]);
-    return use(m_model.environmentVariables[index]);
-}
-
-std::string_view* DbcResolver::commentOf(const ObjectName& object) {
-    return withObject<std::string_view>(object, [](auto& record) { return &record.comment; });
-}
-
-uint32_t* DbcResolver::firstAttributeOf(const ObjectName& object) {
-    return withObject<uint32_t>(object, [](auto& record) { return &record.firstAttribute; });
+    use(m_model.environmentVariables[index]);
 }
 
 void DbcResolver::indexObjects() {
     for (uint32_t i = 0; i < m_model.messages.size(); ++i) {
         const Message& message = m_model.messages[i];
-        m_messages.add(message.idInFile, {}, i);
+        const uint32_t first = findMessage(message.idInFile);
+        if (first == kNone) {
+            m_messages.add(message.idInFile, {}, i);
+        } else {
+            m_nextSameId[i] = std::exchange(m_nextSameId[first], i);
+        }
         for (uint32_t k = 0; k < message.signals.count; ++k) {
             const uint32_t signal = message.signals.first + k;
             m_signals.add(i, m_model.signals[signal].nameInFile, signal);
@@ -130,8 +148,7 @@ void DbcResolver::indexObjects() {
 
 void DbcResolver::resolveComments() {
     for (const CommentReference& reference : m_references.comments) {
-        std::string_view* const comment = commentOf(reference.object);
-        if (comment != nullptr) *comment = reference.text;
+        forEach(reference.object, [&](auto& object) { object.comment = reference.text; });
     }
 }
 
@@ -179,12 +196,13 @@ void DbcResolver::resolveAttributes() {
     const auto& references = m_references.attributes;
     for (auto it = references.rbegin(); it != references.rend(); ++it) {
         const uint32_t definition = m_definitions.find(kindOwner(it->object.kind), it->name);
-        uint32_t* const first = definition == kNone ? nullptr : firstAttributeOf(it->object);
-        if (first == nullptr) continue;
-        const uint32_t next = *first;
-        *first = static_cast<uint32_t>(m_model.attributes.size());
-        m_model.attributes.push_back(
-            {definition, next, typedValue(m_model.definitions[definition], it->value)});
+        if (definition == kNone) continue;
+        const AttributeData data = typedValue(m_model.definitions[definition], it->value);
+        forEach(it->object, [&](auto& object) {
+            const auto added = static_cast<uint32_t>(m_model.attributes.size());
+            const uint32_t next = std::exchange(object.firstAttribute, added);
+            m_model.attributes.push_back({definition, next, data});
+        });
     }
 }
 
@@ -211,7 +229,7 @@ void DbcResolver::resolveValues() {
             values = m_model.valueTables[table].values;
         }
         if (reference.object.kind == ObjectKind::Signal) {
-            if (Signal* const signal = findSignal(reference.object)) signal->values = values;
+            forEachSignal(reference.object, [&](Signal& signal) { signal.values = values; });
             continue;
         }
         const uint32_t index = findOther(reference.object.kind, reference.object.name);
@@ -223,16 +241,15 @@ void DbcResolver::resolveSignals() {
     constexpr uint32_t kFloat = 1;
     constexpr uint32_t kDouble = 2;
     for (const SignalTypeReference& reference : m_references.signalTypes) {
-        if (Signal* const signal = findSignal(reference.object)) {
-            signal->isFloat = reference.type == kFloat || reference.type == kDouble;
-        }
+        const bool isFloat = reference.type == kFloat || reference.type == kDouble;
+        forEachSignal(reference.object, [&](Signal& signal) { signal.isFloat = isFloat; });
     }
     for (const MultiplexingReference& reference : m_references.multiplexings) {
-        if (Signal* const signal = findSignal(reference.object)) {
-            signal->isMultiplexed = true;
-            signal->multiplexing = static_cast<uint32_t>(m_model.multiplexings.size());
+        forEachSignal(reference.object, [&](Signal& signal) {
+            signal.isMultiplexed = true;
+            signal.multiplexing = static_cast<uint32_t>(m_model.multiplexings.size());
             m_model.multiplexings.push_back(reference.multiplexing);
-        }
+        });
     }
     // The plain form names no multiplexor: it is the frame's only one.
     for (const Message& message : m_model.messages) {
@@ -253,8 +270,9 @@ void DbcResolver::resolveSignals() {
 
 void DbcResolver::resolveSenders() {
     for (const SendersReference& reference : m_references.senders) {
-        const uint32_t index = findMessage(reference.messageId);
-        if (index != kNone) m_model.messages[index].moreSenders = reference.nodes;
+        forEachMessage(reference.messageId, [&](uint32_t index) {
+            m_model.messages[index].moreSenders = reference.nodes;
+        });
     }
     for (const DataReference& reference : m_references.data) {
         const uint32_t index = findOther(ObjectKind::EnvironmentVariable, reference.variable);

@@ -13,6 +13,8 @@ namespace {
 
 enum Registration : int { kNone, kState, kEvent, kConnection, kFounder, kLog };
 
+constexpr int kLevelInfo = 2;  // what users see when they have not asked for the log
+
 uintptr_t addressOf(const void* pointer) { return reinterpret_cast<uintptr_t>(pointer); }
 
 }  // namespace
@@ -24,7 +26,8 @@ void Dispatcher::stop() {
         m_events.clear();
     }
     m_wake.notify_all();
-    if (m_thread.joinable()) m_thread.join();
+    // A callback that ends the process would wait for itself here.
+    if (m_thread.joinable() && std::this_thread::get_id() != m_thread.get_id()) m_thread.join();
 }
 
 void Dispatcher::post(Event event) {
@@ -208,7 +211,7 @@ void Dispatcher::log(int level, const std::string& text) {
         self.callOut({kLog, 0}, lock, [&] {
             if (fn != nullptr) {
                 fn(level, text.c_str());
-            } else {
+            } else if (level >= kLevelInfo) {
                 std::fprintf(stderr, "simcore: %s\n", text.c_str());
             }
         });

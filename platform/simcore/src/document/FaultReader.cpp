@@ -1,5 +1,6 @@
 #include <array>
 
+#include "api/Calls.h"
 #include "document/PlanBuilder.h"
 
 // The fault timetable of a document.
@@ -73,6 +74,10 @@ void PlanBuilder::readFaultDetails(const Node& node, FaultPlan& fault) {
     if (fault.kind == FaultKind::failCalls || fault.kind == FaultKind::slowCalls) {
         fault.call.box = fault.box;
         fault.call.function = node.requiredText("function");
+        if (!fault.call.function.empty() && !api::callByName(fault.call.function)) {
+            node.complain("function",
+                          "there is no imported function \"" + fault.call.function + "\"");
+        }
         fault.call.times = times;
         if (fault.kind == FaultKind::failCalls) {
             fault.call.code = static_cast<int>(node.integer("code", kRvErrorRefused, 1, 1000));

@@ -31,7 +31,7 @@ void LoadMeter::occupied(int64_t from, int64_t to) {
     while (from < to) {
         const int64_t number = from / kStepNs;
         const int64_t end = std::min(to, (number + 1) * kStepNs);
-        Step& step = m_steps[static_cast<size_t>(number % (kSteps + 1))];
+        Step& step = m_steps[static_cast<size_t>(number % kRing)];
         if (step.number != number) step = {number, 0};
         step.busyNs += end - from;
         from = end;

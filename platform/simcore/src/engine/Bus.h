@@ -20,11 +20,13 @@ public:
 private:
     static constexpr int64_t kStepNs = 10'000'000;
     static constexpr int64_t kSteps = 100;
+    // A frame on the wire reaches beyond now, so the ring holds more than the second looked at.
+    static constexpr int64_t kRing = 2 * kSteps;
     struct Step {
         int64_t number = -1;
         int64_t busyNs = 0;
     };
-    std::array<Step, kSteps + 1> m_steps{};
+    std::array<Step, kRing> m_steps{};
 };
 
 // A bus that ports of boxes hang on: the part that does not depend on the kind of frame. Guarded by

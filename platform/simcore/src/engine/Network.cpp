@@ -6,6 +6,7 @@
 #include "engine/LinBus.h"
 #include "engine/PeriodicSource.h"
 #include "engine/Pump.h"
+#include "engine/ReplaySource.h"
 
 namespace simcore::engine {
 
@@ -76,10 +77,9 @@ bool Network::buildSource(const SourcePlan& plan, std::string& reason) {
     std::shared_ptr<Source> source;
     if (const auto* periodic = std::get_if<PeriodicPlan>(&plan)) {
         source = makePeriodicSource(m_core, *busByName(periodic->bus), *periodic);
-    }
-    if (source == nullptr) {
-        reason = "recorded logs cannot be played yet";
-        return false;
+    } else {
+        source = ReplaySource::open(*this, std::get<ReplayPlan>(plan), reason);
+        if (source == nullptr) return false;
     }
     if (source->unpaced()) m_pumps.push_back(std::make_unique<Pump>(m_core, source));
     m_sources.push_back(std::move(source));
@@ -108,8 +108,7 @@ void Network::advance(int64_t ns) {
     m_scheduler.advance(ns);
     CoreGuard guard(m_core);
     for (const auto& source : m_sources) {
-        while (source->unpaced() && source->ready() && source->burst(guard.lock())) {
-        }
+        if (source->unpaced() && source->ready()) source->burst(guard.lock());
     }
 }
 

@@ -43,13 +43,12 @@ public:
         m_core.schedule(this->shared_from_this(), m_due);
     }
 
-    bool burst(Lock& lock) override {
+    void burst(Lock& lock) override {
         while (deliverBatch() == kBatch) {
             // Between batches others get the lock.
             lock.unlock();
             lock.lock();
         }
-        return !finished();
     }
 
 private:

@@ -21,12 +21,11 @@ void Pump::stop() {
 void Pump::run() {
     quill::os::setCurrentThreadName("sim-source");
     Lock lock(m_core.mutex);
-    bool more = true;
-    while (more && !m_stopping) {
+    while (!m_stopping) {
         m_core.room.wait(
             lock, [this] { return m_stopping || (!m_core.clock.manual() && m_source->ready()); });
         if (m_stopping) break;
-        more = m_source->burst(lock);
+        m_source->burst(lock);
         // Others who wait for the lock go first.
         lock.unlock();
         lock.lock();

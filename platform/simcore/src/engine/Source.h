@@ -13,8 +13,8 @@ public:
     // A box began to trace.
     virtual void traceStarted() = 0;
     // Sources without a pace only: delivers what the receivers have room for; may give the lock
-    // back while it prepares frames. False when it is at its end.
-    virtual bool burst(Lock& lock) = 0;
+    // back while it prepares frames.
+    virtual void burst(Lock& lock) = 0;
     [[nodiscard]] virtual bool unpaced() const = 0;
     // Unpaced only: burst() would deliver something.
     [[nodiscard]] virtual bool ready() const = 0;

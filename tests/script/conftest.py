@@ -17,13 +17,16 @@ NETWORK = {
             "mac": MAC,
             "serial": "SN-10",
             "channels": {"can": ["powertrain", "powertrain", "body", "idle"],
-                         "lin": ["seat", "seat"]},
+                         "lin": ["seat", "seat"], "eth": ["backbone"] * 6},
         }
     ],
     "buses": {"powertrain": {"kind": "can"}, "body": {"kind": "can"}, "idle": {"kind": "can"},
-              "seat": {"kind": "lin"}},
+              "seat": {"kind": "lin"}, "backbone": {"kind": "ethernet"}},
     "sources": [
         {"bus": "seat", "periodic": {"id": 18, "data": [1, 2, 3], "period_ms": 5}},
+        {"bus": "backbone",
+         "periodic": {"data": [1, 2, 3, 4, 5, 6, 17, 18, 19, 20, 21, 22, 0x88, 0xB5, 7, 8],
+                      "period_ms": 5}},
     ],
 }
 

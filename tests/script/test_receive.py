@@ -134,6 +134,16 @@ def test_lin_frames(sdk, box):
     assert {f.channelId for f in inbox.frames} == {0, 1}
 
 
+def test_ethernet_frames(sdk, box):
+    inbox = Inbox(keep=lambda frame: "channelId = 0" in repr(frame))
+    assert sdk.subscribeEthFrame(box, inbox)
+    frame = inbox.wait(2)[0]
+    assert type(frame) is sdk.EthFrame
+    assert ("channelId = 0 dir = 0 length = 16 dst = 01:02:03:04:05:06 src = 11:12:13:14:15:16 "
+            "type = 0x88b5 Data: [0X1, 0X2, ") in repr(frame)
+    assert sdk.unsubscribeEthFrame(box)
+
+
 @pytest.mark.parametrize("error", [ValueError, KeyboardInterrupt, SystemExit])
 def test_a_raising_callable_does_not_stop_delivery(sdk, box, send, error):
     seen, reported = Inbox(), []

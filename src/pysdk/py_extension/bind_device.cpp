@@ -22,7 +22,7 @@ namespace {
 using CanSettings = rv::CanChannelSettings;
 using LinSettings = rv::LinChannelSettings;
 using EthSettings = rv::EthChannelSettings;
-
+// NOLINTBEGIN(bugprone-macro-parentheses): the arguments are names
 #define QUILL_LIMITED(record, member, type, min, max)                                    \
 #member,                                                                             \
         [](const record& self) { return self.member; },                                  \
@@ -35,7 +35,7 @@ using EthSettings = rv::EthChannelSettings;
                                                      [](record & self,                 \
                                                         RangedDouble <#member, 50, 95> \
                                                             value) { self.member = value.value; }
-
+// NOLINTEND(bugprone-macro-parentheses)
 void bindDeviceType(py::module_& m) {
     py::enum_<DeviceType>(m, "DeviceType", py::arithmetic(), "Kind of box.")
         .value("All", All)

@@ -21,6 +21,7 @@ namespace {
 
 using CanCallback = CallbackFor<CANRawFrame>;
 using LinCallback = CallbackFor<LinFrame>;
+using EthCallback = CallbackFor<EthFrame>;
 using CanId = Ranged<"id", uint32_t>;
 
 using CanList = std::shared_ptr<rv::CANFrameFilterList>;
@@ -77,6 +78,25 @@ void addLinSubscriptions(py::module_& m) {
         [](const DeviceHandle& handle) {
             checkAddress(handle);
             return PySDKEntry::instance().unsubscribeLin(handle);
+        },
+        py::arg("handle"), "Drop the callable and stop tracing on the box; True when it stopped.");
+}
+
+void addEthSubscriptions(py::module_& m) {
+    m.def(
+        "subscribeEthFrame",
+        [](const DeviceHandle& handle, const EthCallback& callback) {
+            checkAddress(handle);
+            return PySDKEntry::instance().subscribeEth(handle, callback.callback);
+        },
+        py::arg("handle"), py::arg("callback"),
+        "Call a callable with every Ethernet frame of a box, sent ones included; it replaces an "
+        "earlier one. True when tracing could be started.");
+    m.def(
+        "unsubscribeEthFrame",
+        [](const DeviceHandle& handle) {
+            checkAddress(handle);
+            return PySDKEntry::instance().unsubscribeEth(handle);
         },
         py::arg("handle"), "Drop the callable and stop tracing on the box; True when it stopped.");
 }
@@ -145,6 +165,7 @@ void bindReceive(py::module_& m) {
     scripts::addDeviceSubscriptions(m);
     scripts::addIdSubscriptions(m);
     scripts::addLinSubscriptions(m);
+    scripts::addEthSubscriptions(m);
     scripts::bindRecordingStatus(m);
     scripts::addRecording(m);
 }

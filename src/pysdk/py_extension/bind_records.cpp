@@ -19,7 +19,7 @@ using Timestamp = Ranged<"timestamp", uint64_t, 0, kLastTimestamp>;
 using Payload = BytesField<"data", ByteList::kCapacity>;
 
 // The members of packed records cannot be bound to references, so every attribute is a pair of
-// functions.
+// functions.  NOLINTBEGIN(bugprone-macro-parentheses)
 #define QUILL_FIELD(record, member, type)                                           \
 #member, [](const record& self) { return self.member; },                        \
                                                           [](record & self,         \
@@ -37,7 +37,7 @@ using Payload = BytesField<"data", ByteList::kCapacity>;
                                              [](CANFrameExtend & self, \
                                                 BitField <#member>     \
                                                     value) { self.set##member(value.value != 0); }
-
+// NOLINTEND(bugprone-macro-parentheses)
 template <class Class>
 void addTimestamp(Class& type) {
     using Record = typename Class::type;

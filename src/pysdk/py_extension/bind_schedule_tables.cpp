@@ -11,13 +11,13 @@ namespace py = pybind11;
 
 namespace scripts {
 namespace {
-
+// NOLINTBEGIN(bugprone-macro-parentheses): the arguments are names
 #define QUILL_NUMBER(record, member, type)                                          \
 #member, [](const record& self) { return self.member; },                        \
                                                           [](record & self,         \
                                                              Ranged <#member, type> \
                                                                  value) { self.member = value; }
-
+// NOLINTEND(bugprone-macro-parentheses)
 void bindSlot(py::module_& m) {
     using Slot = ScheduleTableSlot;
     py::class_<Slot> type(m, "ScheduleTableSlot", "One slot of a LIN schedule table.");

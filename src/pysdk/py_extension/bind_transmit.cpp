@@ -19,14 +19,14 @@ using rv::BoxResult;
 using rv::FrameUpdate;
 using Ms = Ranged<"ms", int32_t>;
 using Count = Ranged<"limitCount", int32_t>;
-
+// NOLINTBEGIN(bugprone-macro-parentheses): the arguments are names
 #define QUILL_BITS(member, min, max)                                                             \
 #member,                                                                                     \
         [](const FrameUpdate& self) { return self.member; },                                     \
                                                           [](FrameUpdate & self,                 \
                                                              Ranged <#member, int32_t, min, max> \
                                                                  value) { self.member = value; }
-
+// NOLINTEND(bugprone-macro-parentheses)
 void bindFrameUpdate(py::module_& m) {
     constexpr size_t kMaxKey = 256;
     py::class_<FrameUpdate> type(

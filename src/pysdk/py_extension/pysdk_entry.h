@@ -65,9 +65,12 @@ public:
                                     scripts::ScriptCallback callback);
     [[nodiscard]] bool subscribeLin(const scripts::DeviceHandle& handle,
                                     scripts::ScriptCallback callback);
+    [[nodiscard]] bool subscribeEth(const scripts::DeviceHandle& handle,
+                                    scripts::ScriptCallback callback);
     // True when tracing could be stopped.
     [[nodiscard]] bool unsubscribeCan(const scripts::DeviceHandle& handle);
     [[nodiscard]] bool unsubscribeLin(const scripts::DeviceHandle& handle);
+    [[nodiscard]] bool unsubscribeEth(const scripts::DeviceHandle& handle);
 
     // A second start while a recording runs only tells of it. Raises ValueError when the file
     // cannot be made.

@@ -39,6 +39,11 @@ bool PySDKEntry::subscribeLin(const DeviceHandle& handle, ScriptCallback callbac
     return startTracing(handle.deviceInfo.mac);
 }
 
+bool PySDKEntry::subscribeEth(const DeviceHandle& handle, ScriptCallback callback) {
+    m_delivery->registries().setEth(handle.deviceInfo.mac, std::move(callback));
+    return startTracing(handle.deviceInfo.mac);
+}
+
 bool PySDKEntry::unsubscribeCan(const DeviceHandle& handle) {
     m_delivery->registries().setCan(handle.deviceInfo.mac, {});
     return stopTracing(handle.deviceInfo.mac);
@@ -46,6 +51,11 @@ bool PySDKEntry::unsubscribeCan(const DeviceHandle& handle) {
 
 bool PySDKEntry::unsubscribeLin(const DeviceHandle& handle) {
     m_delivery->registries().setLin(handle.deviceInfo.mac, {});
+    return stopTracing(handle.deviceInfo.mac);
+}
+
+bool PySDKEntry::unsubscribeEth(const DeviceHandle& handle) {
+    m_delivery->registries().setEth(handle.deviceInfo.mac, {});
     return stopTracing(handle.deviceInfo.mac);
 }
 

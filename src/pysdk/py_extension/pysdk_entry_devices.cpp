@@ -91,9 +91,11 @@ std::optional<DeviceHandle> PySDKEntry::getDeviceHandle(const std::string& mac) 
     DeviceHandle handle;
     handle.deviceInfo = std::move(*info);
     const InterpreterRelease released;
-    if (const auto config = boxes.config(QString::fromStdString(mac))) {
-        handle.config = scripts::DeviceConfig(*config);
-    }
+    const QString id = QString::fromStdString(mac);
+    std::optional<rv::BoxConfig> config = boxes.config(id);
+    // A box is listed before the manager has asked it for its configuration.
+    if (!config) config = boxes.fetchConfig(id);
+    if (config) handle.config = scripts::DeviceConfig(*config);
     return handle;
 }
 

@@ -10,7 +10,7 @@ from conftest import MAC, NETWORK, Script
 
 def test_handle_describes_the_box(sdk, box):
     assert (box.deviceInfo.sn, box.type) == ("SN-10", sdk.DeviceType.RV_Hub4e)
-    assert repr(box) == f"DeviceHandle(mac={MAC}, statusconnected, type=hub4e)"
+    assert repr(box) == f"DeviceHandle(mac={MAC}, status=connected, type=hub4e)"
     assert [len(kind) for kind in (box.config.can, box.config.lin)] == [4, 2]
 
 

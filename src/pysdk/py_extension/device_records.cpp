@@ -59,7 +59,7 @@ std::string toText(const DeviceConfig& config) {
 }
 
 std::string toText(const DeviceHandle& handle, const std::string& status) {
-    return fmt::format("DeviceHandle(mac={}, status{}, type={})", handle.deviceInfo.mac, status,
+    return fmt::format("DeviceHandle(mac={}, status={}, type={})", handle.deviceInfo.mac, status,
                        handle.type == All ? "hub4e" : "other");
 }
 

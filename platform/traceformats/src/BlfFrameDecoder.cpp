@@ -233,9 +233,7 @@ Decoded BlfFrameDecoder::decode(std::span<const uint8_t> object, TraceFrame& fra
     const auto type = static_cast<BlfType>(header->type);
     bool read = false;
     if (carriesFrame(type)) {
-        const auto decoded = decodeBlfFrame(*header, object);
-        read = decoded.has_value();
-        if (read) frame = *decoded;
+        read = decodeBlfFrame(*header, object, frame);
         if (read && type == BlfType::CanFdMessage64) {
             completeFd(object.subspan(header->headerSize), frame);
         }

@@ -47,8 +47,12 @@ object can be found. What was lost, and where, is printed and kept in the table 
 constexpr const char* kInfo = R"(quilltrace info DATABASE
 
 Lists the files of a database: format, start, length, frames, what was skipped and what was lost.
+The number in front of a file is what --file of the other commands takes.
 
       --json             print JSON instead of text
+
+  quilltrace info week.qtrace
+  quilltrace info week.qtrace --json | jq '.[].losses'
 )";
 
 constexpr const char* kStats = R"(quilltrace stats DATABASE

@@ -83,7 +83,7 @@ Decoded AscLineDecoder::decode(std::string_view line, TraceFrame& frame) {
     uint64_t timeNs = static_cast<uint64_t>(*time);
     if (m_header.relativeTimes) {
         timeNs += m_lastNs;
-        if (timeNs > kLargestTimeNs) return Decoded::bad("time stamp is impossible");
+        if (timeNs > kLargestSpanNs) return Decoded::bad("time stamp is impossible");
         m_lastNs = timeNs;
     }
     frame = TraceFrame{};

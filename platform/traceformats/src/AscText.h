@@ -10,8 +10,8 @@
 // The lexical side of ASC: blanks, numbers, dates and header lines.
 namespace quill::traceformats::asc {
 
-// Times beyond this many seconds are no times of a measurement (292 years overflow the count).
-inline constexpr uint64_t kMostSeconds = 4'000'000'000U;
+// Times beyond this many seconds (31 years) are no times of a measurement.
+inline constexpr uint64_t kMostSeconds = 1'000'000'000U;
 
 inline constexpr uint8_t kNoDigit = 0xFF;
 [[nodiscard]] constexpr std::array<uint8_t, 256> makeDigits() {

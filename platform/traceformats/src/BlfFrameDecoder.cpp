@@ -233,9 +233,7 @@ Decoded BlfFrameDecoder::decode(std::span<const uint8_t> object, TraceFrame& fra
     const auto type = static_cast<BlfType>(header->type);
     bool read = false;
     if (carriesFrame(type)) {
-        const auto decoded = decodeBlfFrame(*header, object);
-        read = decoded.has_value();
-        if (read) frame = *decoded;
+        read = decodeBlfFrame(*header, object, frame);
         if (read && type == BlfType::CanFdMessage64) {
             completeFd(object.subspan(header->headerSize), frame);
         }
@@ -276,7 +274,7 @@ Decoded BlfFrameDecoder::decode(std::span<const uint8_t> object, TraceFrame& fra
     frame.dlc = std::min<uint8_t>(frame.dlc, 15);
     frame.timeNs = header->timeNs();
     const bool coarse = (header->flags & kBlfTimeTenMicroseconds) != 0;
-    if (header->timestamp > kLargestTimeNs / (coarse ? 10'000U : 1U)) {
+    if (header->timestamp > kLargestSpanNs / (coarse ? 10'000U : 1U)) {
         return Decoded::bad("time stamp is impossible", header->type);
     }
     return Decoded::frame();

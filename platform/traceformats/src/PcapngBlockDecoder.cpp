@@ -75,8 +75,8 @@ Decoded PcapngBlockDecoder::timedPacket(std::span<const uint8_t> body, uint32_t 
     const unsigned power = interface.resolution & 0x7FU;
     const auto time =
         (interface.resolution & 0x80U) != 0 ? fromBinary(count, power) : fromDecimal(count, power);
-    constexpr auto kMostSeconds = static_cast<int64_t>(kLargestTimeNs / kNsPerSecond);
-    if (!time || interface.offsetSeconds > kMostSeconds ||
+    constexpr auto kMostSeconds = static_cast<int64_t>(kLargestTimeNs / 2 / kNsPerSecond);
+    if (!time || *time > kLargestTimeNs || interface.offsetSeconds > kMostSeconds ||
         interface.offsetSeconds < -kMostSeconds) {
         return Decoded::bad("time stamp is impossible");
     }

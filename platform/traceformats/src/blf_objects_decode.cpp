@@ -176,12 +176,18 @@ bool decodeBody(const BlfObjectHeader& header, Bytes body, TraceFrame& frame) {
 
 }  // namespace
 
+bool decodeBlfFrame(const BlfObjectHeader& header, std::span<const uint8_t> object,
+                    TraceFrame& frame) {
+    if (header.headerSize < kBlfObjectHeaderSize || object.size() < header.headerSize) return false;
+    frame = TraceFrame{};
+    frame.timeNs = header.timeNs();
+    return decodeBody(header, object.subspan(header.headerSize), frame);
+}
+
 std::optional<TraceFrame> decodeBlfFrame(const BlfObjectHeader& header,
                                          std::span<const uint8_t> object) {
-    if (header.headerSize < kBlfObjectHeaderSize || object.size() < header.headerSize) return {};
-    TraceFrame frame;
-    frame.timeNs = header.timeNs();
-    if (!decodeBody(header, object.subspan(header.headerSize), frame)) return {};
+    std::optional<TraceFrame> frame(std::in_place);
+    if (!decodeBlfFrame(header, object, *frame)) frame.reset();
     return frame;
 }
 

@@ -326,11 +326,13 @@ void TraceFileImporter::storeFrame() {
             importFail(codeOf(ImportFailure::Refused));
         } else if (m_storing = true; storeBatches()) {
             collectSummary();
-            done = !stopped() && storage->finishImport(m_summary);
+            if (!stopped()) {
+                done = storage->finishImport(m_summary);
+                m_storing = false;  // also when it failed: the storage has taken everything back
+            }
         }
     }
     if (!done) return giveUpStoring();
-    m_storing = false;
     m_state = static_cast<uint32_t>(ImportState::Imported);
     QUILL_INFO(kImporter, "import finish, store frames {}", m_storedCount.load());
     importSuccess();

@@ -79,7 +79,7 @@ std::unique_ptr<SqliteDatabase> SqliteDatabase::open(const std::string& path, Mo
     const int access =
         mode == Mode::ReadOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
     sqlite3* raw = nullptr;
-    const int code = sqlite3_open_v2(path.c_str(), &raw, access | SQLITE_OPEN_FULLMUTEX, nullptr);
+    const int code = sqlite3_open_v2(path.c_str(), &raw, access | SQLITE_OPEN_NOMUTEX, nullptr);
     std::unique_ptr<SqliteDatabase> database(new SqliteDatabase(raw));
     if (code != SQLITE_OK) {
         reason = path + ": " + (raw == nullptr ? sqlite3_errstr(code) : sqlite3_errmsg(raw));

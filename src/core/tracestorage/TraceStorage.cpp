@@ -54,6 +54,7 @@ ImportState TraceStorage::lookUp(const FileIdentity& file) {
         const std::lock_guard lock(m_mutex);
         if (m_current && *m_current == file) return m_currentState;
     }
+    const std::lock_guard access(m_access);
     Statement query = m_database->prepare(
         "SELECT state FROM file WHERE path=?1 AND size=?2 AND modified_ns=?3 AND hash=?4");
     query.bind(1, file.path).bind(2, static_cast<int64_t>(file.size));
@@ -80,6 +81,7 @@ bool TraceStorage::beginImport(const FileIdentity& file) {
         m_current = file;
         m_currentState = ImportState::Importing;
     }
+    const std::lock_guard access(m_access);
     // The write lock is taken at once, so two processes never import into one database together.
     bool ready = m_database->execute("BEGIN IMMEDIATE");
     const bool rebuild = m_database->queryInteger("SELECT max(id) FROM frame", 0) <= kRebuildLimit;
@@ -91,7 +93,7 @@ bool TraceStorage::beginImport(const FileIdentity& file) {
     }
     if (!ready) {
         refuse(m_database->lastError());
-        abandonImport();
+        rollBack();
         return false;
     }
     m_stored = 0;
@@ -126,6 +128,7 @@ bool TraceStorage::addFile(const FileIdentity& file) {
 }
 
 bool TraceStorage::insertFrames(const FrameBatch& batch) {
+    const std::lock_guard access(m_access);
     m_insert.bind(1, m_fileId);
     for (const FrameRecord& record : batch.frames()) {
         m_insert.bind(2, record.timeNs)
@@ -169,10 +172,11 @@ bool TraceStorage::finishImport(const ImportSummary& summary) {
         const std::lock_guard lock(m_mutex);
         m_currentState = ImportState::Ending;
     }
+    const std::lock_guard access(m_access);
     if (!m_database->execute(kCreateIndices) || !writeSummary(summary) ||
         !m_database->execute("COMMIT")) {
         refuse(m_database->lastError());
-        abandonImport();
+        rollBack();
         return false;
     }
     m_insert = Statement();
@@ -186,6 +190,12 @@ void TraceStorage::abandonImport() {
         const std::lock_guard lock(m_mutex);
         if (!m_current) return;
     }
+    const std::lock_guard access(m_access);
+    rollBack();
+}
+
+// Ends the import of the open transaction; the caller has the connection.
+void TraceStorage::rollBack() {
     m_insert = Statement();
     if (m_database->inTransaction()) (void)m_database->execute("ROLLBACK");
     const std::lock_guard lock(m_mutex);

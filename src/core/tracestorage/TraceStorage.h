@@ -32,11 +32,13 @@ public:
 
 private:
     explicit TraceStorage(std::unique_ptr<SqliteDatabase> database);
+    void rollBack();
     [[nodiscard]] bool removeOlder(const std::string& path);
     [[nodiscard]] bool addFile(const FileIdentity& file);
     [[nodiscard]] bool writeSummary(const ImportSummary& summary);
     bool refuse(std::string reason);
 
+    std::mutex m_access;  // held for whole operations on the connection, a batch of rows at a time
     std::unique_ptr<SqliteDatabase> m_database;
     Statement m_insert;
     mutable std::mutex m_mutex;  // guards the three below: lookUp may come from another thread

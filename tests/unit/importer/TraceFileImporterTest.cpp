@@ -259,6 +259,16 @@ TEST_F(ImporterTest, cancelAtAnyMomentLeavesAllOrNothing) {
     EXPECT_EQ(m_log.count("info: [Importer] cancelImport success"), 25U);
 }
 
+TEST_F(ImporterTest, latestDateAndLongestTimeStillAddUp) {
+    writeFile("a.asc",
+              "date Sat Sep 30 15:06:13.191 2199\nbase hex  timestamps relative\n"
+              "999999999.9 1 100 Rx d 0\n999999999.9 1 101 Rx d 0\n");
+    EXPECT_EQ(import("a.asc").stored, 1U) << "the second time adds up to an impossible one";
+    std::string reason;
+    const auto reader = tracestorage::TraceReader::open(path("t.qtrace"), reason);
+    EXPECT_GT(reader->files().at(0).firstNs, reader->files().at(0).startNs);
+}
+
 TEST_F(ImporterTest, damagedLinesAreDroppedOnceLoggedAndNoted) {
     writeFile("a.asc",
               "base hex  timestamps absolute\n"

@@ -24,7 +24,10 @@ struct Decoded {
     }
 };
 
-// Stamps above this (146 years) are damage; below it sums with a start of measurement fit.
+// Moments since 1970 above this (the year 2116) are damage.
 inline constexpr uint64_t kLargestTimeNs = uint64_t{1} << 62U;
+// Times from the start of measurement above this (36 years) are damage; below it the sum with any
+// date up to the year 2200 fits into 63 bits.
+inline constexpr uint64_t kLargestSpanNs = uint64_t{1} << 60U;
 
 }  // namespace quill::traceformats

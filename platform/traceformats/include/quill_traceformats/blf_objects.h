@@ -94,5 +94,9 @@ void encodeBlfFrame(const TraceFrame& frame, uint8_t* out);
 // DATA_LOST_BEGIN yields a loss marker without a count, DATA_LOST_END the one with it.
 [[nodiscard]] std::optional<TraceFrame> decodeBlfFrame(const BlfObjectHeader& header,
                                                        std::span<const uint8_t> object);
+// The same into a frame of the caller's, false instead of empty: readers of millions of objects
+// save the copies.
+[[nodiscard]] bool decodeBlfFrame(const BlfObjectHeader& header, std::span<const uint8_t> object,
+                                  TraceFrame& frame);
 
 }  // namespace quill::traceformats

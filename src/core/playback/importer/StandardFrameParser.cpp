@@ -1,6 +1,7 @@
 #include "core/playback/importer/StandardFrameParser.h"
 
 #include <algorithm>
+#include <array>
 
 #include "core/log/Log.h"
 
@@ -13,13 +14,21 @@ constexpr size_t kMostNotes = 1000;
 constexpr size_t kMostKinds = 500;
 constexpr const char* kLoss = "loss marker";
 
-uint32_t canFlags(uint32_t flags) {
-    return ((flags & tf::kCanExtended) != 0 ? flag::kExtended : 0U) |
-           ((flags & tf::kCanRemote) != 0 ? flag::kRemote : 0U) |
-           ((flags & tf::kCanFd) != 0 ? flag::kFd : 0U) |
-           ((flags & tf::kCanBitRateSwitch) != 0 ? flag::kBitRateSwitch : 0U) |
-           ((flags & tf::kCanErrorState) != 0 ? flag::kErrorState : 0U);
+// Stored flags for every combination of the five CAN flags of a trace frame.
+constexpr std::array<uint32_t, 32> makeCanFlags() {
+    std::array<uint32_t, 32> table{};
+    for (uint32_t flags = 0; flags < table.size(); ++flags) {
+        table[flags] = ((flags & tf::kCanExtended) != 0 ? flag::kExtended : 0U) |
+                       ((flags & tf::kCanRemote) != 0 ? flag::kRemote : 0U) |
+                       ((flags & tf::kCanFd) != 0 ? flag::kFd : 0U) |
+                       ((flags & tf::kCanBitRateSwitch) != 0 ? flag::kBitRateSwitch : 0U) |
+                       ((flags & tf::kCanErrorState) != 0 ? flag::kErrorState : 0U);
+    }
+    return table;
 }
+constexpr std::array<uint32_t, 32> kStoredCanFlags = makeCanFlags();
+
+uint32_t canFlags(uint32_t flags) { return kStoredCanFlags[flags % kStoredCanFlags.size()]; }
 
 tracestorage::FrameRecord recordOf(const tf::TraceFrame& frame, int64_t startNs) {
     tracestorage::FrameRecord record;

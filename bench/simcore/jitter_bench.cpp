@@ -56,6 +56,9 @@ constexpr const char* kTwoBoxes = R"({"boxes": [{"name": "S", "channels": {"can"
 // Lateness of the stamps of a 1 ms job; `others` jobs of 10 ms run on another bus.
 std::vector<int64_t> jobLateness(int cycles, int others) {
     const auto handles = simbench::openAll(kTwoBoxes);
+    // The stamp of a frame that is sent right before marks where the job's grid begins.
+    const RvCanFrame marker;
+    simbench::require(send_can_frame_once(handles[0], &marker) == 0, "send");
     addJob(handles[0], 0, 1, cycles);
     for (int i = 1; i <= others; ++i) {
         RvCanCycleJob job;
@@ -67,7 +70,7 @@ std::vector<int64_t> jobLateness(int cycles, int others) {
     }
     std::vector<int64_t> stamps;
     std::vector<RvCanFrame> frames(256);
-    while (stamps.size() < static_cast<size_t>(cycles)) {
+    while (stamps.size() < static_cast<size_t>(cycles) + 1) {
         int32_t count = 0;
         simbench::require(read_can_frames(handles[1], frames.data(), 256, &count) == 0, "read");
         for (int32_t i = 0; i < count; ++i) {
@@ -76,15 +79,15 @@ std::vector<int64_t> jobLateness(int cycles, int others) {
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
-    // The grid is that of the earliest frame: nothing is sent before its time.
-    int64_t origin = INT64_MAX;
-    for (size_t i = 0; i < stamps.size(); ++i) {
-        origin = std::min(origin, stamps[i] - static_cast<int64_t>(i) * kPeriodNs);
+    // A period that was missed is as late as the frame that came after it, which is how the bare
+    // loop counts it.
+    std::vector<int64_t> late;
+    size_t next = 1;
+    for (int64_t due = stamps.front(); due <= stamps.back(); due += kPeriodNs) {
+        while (stamps[next] < due) ++next;
+        late.push_back(stamps[next] - due);
     }
-    for (size_t i = 0; i < stamps.size(); ++i) {
-        stamps[i] -= origin + static_cast<int64_t>(i) * kPeriodNs;
-    }
-    return stamps;
+    return late;
 }
 
 // Errors of the frame distances only: this sender drifts, so it has no grid to be late against.

@@ -7,15 +7,20 @@
 
 // Flat functions of the device library for the network boxes. 0 means success throughout. Callers
 // serialise the calls with one process-wide mutex; no call waits for traffic. Callbacks come on
-// threads of the library, never from inside a call, and never after the call that cleared them.
+// threads of the library, never from inside a call, and never after the call that cleared them:
+// that call waits for a running one, so callbacks must not call flat functions or wait for a lock
+// that is held around them.
+//
+// A box that comes back after it was away is found under a new handle. Calls with the old one
+// answer kRvErrorGone from then on, but clear callbacks all the same.
 extern "C" {
 
 SIMCORE_API int rvhub4e_init();
 // Text of the last failure of this thread; empty when there was none.
 SIMCORE_API const char* rvhub4e_last_error();
 
-// Fills up to *count handles and sets *count to the number found. The scan returns what is known
-// now; boxes that appear later are found by the next scan.
+// Fills up to *count handles and sets *count to the number filled in. The scan returns what is
+// known now; boxes that appear later are found by the next scan.
 SIMCORE_API int scan_rvhub4e(int32_t* handles, int32_t* count, int32_t reserved,
                              const RvHub4eScanParams* params);
 SIMCORE_API int get_device_info(int32_t handle, RvHub4eDeviceInfo* info);
@@ -23,6 +28,8 @@ SIMCORE_API int Lin_CheckPort(int32_t handle);
 SIMCORE_API int get_dip_status(int32_t handle, RvDipStatus* status);
 SIMCORE_API int get_can_bus_status(int32_t handle, int32_t channel, int32_t* status);
 
+// One session at a time: opening an open box is refused. Closing it ends tracing, cyclic jobs and
+// schedule tables.
 SIMCORE_API int open_device(int32_t handle);
 SIMCORE_API int close_device(int32_t handle);
 SIMCORE_API int set_device_state_callback(int32_t handle, RvDeviceStateFn fn, void* context);

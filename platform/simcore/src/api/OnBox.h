@@ -41,8 +41,9 @@ template <class Frame>
                              int32_t capacity, int32_t* count) {
     if (frames == nullptr || count == nullptr || capacity < 0) return finish(kRvErrorParam);
     if (!box.isOpen()) return finish(kRvErrorNotOpen);
-    *count = static_cast<int32_t>(box.queue<Frame>().read(frames, static_cast<size_t>(capacity)));
-    if (*count > 0) network.core().room.announce();
+    auto& queue = box.queue<Frame>();
+    *count = static_cast<int32_t>(queue.read(frames, static_cast<size_t>(capacity)));
+    if (*count > 0 && queue.roomy()) network.core().room.announce();
     return kRvOk;
 }
 

@@ -69,8 +69,9 @@ private:
     void writeCounter(Frame& frame) const {
         if (m_plan.counterByte < 0) return;
         uint64_t value = m_sent;
-        for (int i = 0; i < m_plan.counterBytes; ++i) {
-            frame.data[m_plan.counterByte + i] = static_cast<uint8_t>(value);
+        const size_t end = std::min(sizeof frame.data, m_counterEnd);
+        for (size_t at = static_cast<size_t>(m_plan.counterByte); at < end; ++at) {
+            frame.data[at] = static_cast<uint8_t>(value);
             value >>= 8U;
         }
     }
@@ -78,6 +79,7 @@ private:
     Core& m_core;
     TypedBus<Frame>& m_bus;
     const PeriodicPlan m_plan;
+    const size_t m_counterEnd = static_cast<size_t>(m_plan.counterByte + m_plan.counterBytes);
     std::array<Frame, kBatch> m_batch;
     int64_t m_due = 0;
     uint64_t m_sent = 0;

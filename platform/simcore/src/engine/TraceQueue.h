@@ -72,7 +72,10 @@ public:
 
     // Frames that wait now; exact only for somebody who keeps writers and the reader out.
     [[nodiscard]] size_t size() const { return m_size.load(); }
-    [[nodiscard]] size_t capacity() const { return m_capacity; }
+    // Sources without a pace of their own stop when so many frames wait, and go on when the reader
+    // has brought them down to half of it.
+    [[nodiscard]] size_t highWater() const { return std::max<size_t>(m_capacity / 8, 1); }
+    [[nodiscard]] bool roomy() const { return size() <= highWater() / 2; }
 
     void addTo(TraceCounters& sum) const {
         const std::lock_guard lock(m_mutex);

@@ -49,9 +49,9 @@ public:
         size_t room = most;
         for (const Port* port : m_ports) {
             if (!port->receives()) continue;
-            const size_t held = port->box->template queue<Frame>().size();
-            const size_t mark = highWater(*port);
-            room = std::min(room, held < mark ? mark - held : 0);
+            const auto& queue = port->box->template queue<Frame>();
+            const size_t held = queue.size();
+            room = std::min(room, held < queue.highWater() ? queue.highWater() - held : 0);
         }
         return room;
     }
@@ -59,8 +59,7 @@ public:
     [[nodiscard]] bool roomy() const override {
         if (paced()) return observed() && m_outside.size() <= kOutboxFrames / 2;
         const auto busy = [](const Port* port) {
-            return port->receives() &&
-                   port->box->template queue<Frame>().size() > highWater(*port) / 2;
+            return port->receives() && !port->box->template queue<Frame>().roomy();
         };
         return observed() && std::none_of(m_ports.begin(), m_ports.end(), busy);
     }
@@ -74,7 +73,6 @@ public:
 
 private:
     static constexpr size_t kOutboxFrames = 1024;
-    static constexpr size_t kHighWaterShare = 8;
     // A scheduler that comes later than this does not make up for the lost time.
     static constexpr int64_t kRealignNs = 20'000'000;
 
@@ -83,10 +81,6 @@ private:
         uint64_t arrival;
     };
     using Outbox = std::deque<Pending>;
-
-    [[nodiscard]] static size_t highWater(const Port& port) {
-        return std::max<size_t>(port.box->template queue<Frame>().capacity() / kHighWaterShare, 1);
-    }
 
     Outbox& outboxOf(const Port* port) {
         const auto at = std::find(m_ports.begin(), m_ports.end(), port);

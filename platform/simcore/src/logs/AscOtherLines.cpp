@@ -56,7 +56,7 @@ LineResult parseAscLin(std::string_view channelWord, Words words, LogFrame& fram
     lin.checksum = checksum.value_or(engine::linChecksum(lin));
     lin.checkMode = checkModeOf(lin, valueOf("CSM", words));
     if (!engine::normalise(lin)) return LineResult::unreadable;
-    frame.channel = "L" + std::to_string(*channel);
+    frame.channel.assign(1, 'L').append(std::to_string(*channel));
     frame.number = *channel;
     frame.frame = lin;
     return LineResult::frame;
@@ -83,7 +83,7 @@ LineResult parseAscEthernet(Words words, LogFrame& frame) {
     }
     eth.length = static_cast<uint16_t>(*length);
     if (!engine::normalise(eth)) return LineResult::unreadable;
-    frame.channel = "E" + std::to_string(*channel);
+    frame.channel.assign(1, 'E').append(std::to_string(*channel));
     frame.number = *channel;
     frame.frame = eth;
     return LineResult::frame;

@@ -81,7 +81,7 @@ def test_an_unknown_box_answers_false(sdk, capsys):
     handle = sdk.DeviceHandle(deviceInfo=sdk.RVBoxDeviceInfo(mac="02:00:00:00:00:EE"))
     assert not sdk.getDeviceConfig(handle) and not sdk.setDeviceConfig(handle)
     assert "setDeviceConfig: " in capsys.readouterr().out
-    assert "statusunknown" in repr(handle) or "statusdisconnected" in repr(handle)
+    assert "status=unknown" in repr(handle) or "status=disconnected" in repr(handle)
 
 
 @pytest.mark.parametrize("mac", ["", "02:00:00:00:00", "02:00:00:00:00:GG", "02:00:00:00:00:01:02"])

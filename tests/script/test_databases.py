@@ -82,7 +82,7 @@ def test_the_codec(sdk):
 
 @pytest.mark.parametrize("content, name", [
     (None, "missing.dbc"), (b"", "empty.dbc"), (b"\x00\xff" * 500, "noise.dbc"),
-    (DBC[:150].encode(), "cut.dbc"), (b"<AUTOSAR", "cut.arxml"), (b"Nodes {", "cut.ldf")])
+    (DBC[:140].encode(), "cut.dbc"), (b"<AUTOSAR", "cut.arxml"), (b"Nodes {", "cut.ldf")])
 def test_a_bad_file_is_a_failed_load(sdk, tmp_path, content, name):
     path = tmp_path / name
     if content is not None:

@@ -62,7 +62,7 @@ def test_a_subscription_sees_only_what_its_list_passes(sdk, box, inbox):
     lists.add_pass_range_list(0x100, 0x1FF, 0, 0, "CAN2")
     lists.add_block_list(0x180, 0, 0, "CAN2")
     assert sdk.subscribeCanFrame(box, inbox, filter=lists)
-    send(sdk, box, 0x080, 0x100, 0x180, 0x1FF, 0x200)
+    send(sdk, box, 0x080, 0x200, 0x100, 0x180, 0x1FF)
     frames = inbox.wait(2)
     assert [(frame.id, frame.channelId) for frame in frames] == [(0x100, 1), (0x1FF, 1)]
     # The list may change while frames flow, and a subscription without one sees everything.

@@ -36,6 +36,7 @@ class Listener:
     def on_lin(self, frame):
         with self.changed:
             self.lin_count += 1
+            self.changed.notify_all()
 
     def on_sent_id(self, frame):
         with self.changed:
@@ -62,6 +63,15 @@ def send_frames(handle):
         sdk.sendCanFrame(handle, classic)
         fd = sdk.CANRawFrame(id=SENT_ID, channelId=0, BRS=1, data=bytes(range(number, number + 16)))
         sdk.sendCanFDFrame(handle, fd)
+
+
+def start_lin_table(handle):
+    """The box sends two LIN frames in turn; LIN channels 0 and 1 of the virtual box share a bus."""
+    table = sdk.LinScheduleTable(channel_id=0, name="quickstart")
+    for identifier in (0x10, 0x11):
+        table.add_slot(sdk.ScheduleTableSlot(id=identifier, time_interval=10, msg_type=4,
+                                             check_type=1, data=[identifier, 1, 2]))
+    sdk.startLinScheduleTable(handle, table)
 
 
 def listen_on(listener, seconds):
@@ -101,9 +111,12 @@ def main():
     if not sdk.subscribeCanFrame(handle, listener.on_can):
         print("tracing could not be started")
         return 1
+    start_lin_table(handle)
     send_frames(handle)
     # Each frame comes twice: marked as sent on channel 0, and received on channel 1.
     complete = listener.wait(lambda: listener.sent_id_count >= 4 * ROUNDS, 10)
+    listener.wait(lambda: listener.lin_count >= 4, 5)
+    sdk.stopLinScheduleTable(handle, 0)
     listen_on(listener, seconds)
     sdk.unsubscribeCanFrame(handle)
 

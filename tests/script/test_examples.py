@@ -32,8 +32,29 @@ def test_quickstart_with_a_recorded_log(tmp_path):
     assert "0x2A3" in result.stdout
 
 
-@pytest.mark.parametrize("name", ["quickstart.py"])
+@pytest.mark.parametrize("name, told", [
+    ("cyclic_with_crc.py", "100 frames checked, 0 faults"),
+    ("record_and_read.py", "written=400"),
+    ("filtered_recording.py", "recorded: 8 frames"),
+])
+def test_an_example_checks_itself(tmp_path, name, told):
+    result = run(name, cwd=tmp_path)
+    assert result.returncode == 0, result.stdout + result.stderr
+    # The number of cyclic frames depends on the moment of the stop, so only its end is compared.
+    assert told.split(" ", 1)[-1] in result.stdout, result.stdout
+
+
+def test_the_database_explorer(tmp_path):
+    (tmp_path / "door.dbc").write_text(
+        'VERSION ""\nBU_: A\nBO_ 257 Door: 1 A\n SG_ Open : 0|1@1+ (1,0) [0|1] "" A\n')
+    result = run("database_explorer.py", "door.dbc", "Door", "01", cwd=tmp_path)
+    assert result.returncode == 0, result.stderr
+    assert "Open: bit 0, 1 bits Intel" in result.stdout and "Open = 1.0" in result.stdout
+
+
+@pytest.mark.parametrize("name", ["quickstart.py", "cyclic_with_crc.py", "record_and_read.py",
+                                  "filtered_recording.py"])
 def test_without_a_box_the_script_says_so(tmp_path, name):
     result = run(name, cwd=tmp_path, SIMCORE_NETWORK='{"boxes": []}')
-    assert result.returncode == 1
+    assert result.returncode == 1, result.stderr
     assert "no box" in result.stdout + result.stderr

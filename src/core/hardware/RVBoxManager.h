@@ -89,8 +89,9 @@ public:
     [[nodiscard]] BoxResult removeSendCanFrame(const QString& deviceId, const std::string& gid);
     [[nodiscard]] BoxResult pauseSendCanFrame(const QString& deviceId, const std::string& gid);
     [[nodiscard]] BoxResult resumeSendCanFrame(const QString& deviceId, const std::string& gid);
+    // Replaces the frame of a running job and sets its cycle; counter and phase go on.
     [[nodiscard]] BoxResult updateSendCanFrame(const QString& deviceId, const std::string& gid,
-                                               const CanSendFrame& frame);
+                                               const CanSendFrame& frame, int32_t cycleMs);
     [[nodiscard]] BoxResult addSendUdsCanFrame(const QString& deviceId, const CyclicCanFrame& job);
     [[nodiscard]] BoxResult startLinScheduleTable(const QString& deviceId, int32_t channel,
                                                   const std::string& name,

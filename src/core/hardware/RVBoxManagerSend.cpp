@@ -148,13 +148,14 @@ BoxResult RVBoxManager::resumeSendCanFrame(const QString& deviceId, const std::s
 }
 
 BoxResult RVBoxManager::updateSendCanFrame(const QString& deviceId, const std::string& gid,
-                                           const CanSendFrame& frame) {
+                                           const CanSendFrame& frame, int32_t cycleMs) {
     const std::string id = deviceId.toStdString();
     if (const std::string reason = checkFrame(frame); !reason.empty()) return refused(id, reason);
+    if (cycleMs <= 0) return refused(id, "cycle time must be above 0 ms");
     CyclicCanFrame job;
     job.gid = gid;
     job.frame = frame;
-    job.cycleMs = 1;  // the document wants one; the running job keeps its own
+    job.cycleMs = cycleMs;
     return m_impl->command(
         id, RV::BoxDev::buildCanSendDocument("UpdateSendCANFrame", id, cyclicRequest(job)),
         "update cyclic CAN frame");

@@ -147,8 +147,8 @@ void addJobs(py::module_& m) {
             return static_cast<int>(PySDKEntry::instance().updateCyclic(cyclic, frame));
         },
         py::arg("cyclic"), py::arg("frame"),
-        "Replace the frame of a running job; its phase and its counter go on. Result as "
-        "stopCyclicCanFrame.");
+        "Replace the frame of a running job and set its cycle to the handle's ms; its phase and "
+        "its counter go on. Result as stopCyclicCanFrame.");
     m.def(
         "pauseCyclicCanFrame",
         [](const CANCyclicFrameHandle& cyclic) {

@@ -155,7 +155,7 @@ BoxResult PySDKEntry::updateCyclic(const CANCyclicFrameHandle& cyclic, const CAN
     }
     const CANCyclicFrameHandle job = cyclic;
     const InterpreterRelease released;
-    return boxes.updateSendCanFrame(QString::fromStdString(job.mac), job.gid, *out);
+    return boxes.updateSendCanFrame(QString::fromStdString(job.mac), job.gid, *out, job.ms);
 }
 
 BoxResult PySDKEntry::startLinTable(const DeviceHandle& handle,

@@ -198,7 +198,7 @@ TEST_F(VirtualBoxes, pausesResumesUpdatesAndRemovesJobsByName) {
     auto collector = subscribe();
     ASSERT_EQ(manager->addSendCanFrame(kBox, {"j", canFrame(0x10, {1}), 5, 0, {}}),
               BoxResult::Done);
-    ASSERT_EQ(manager->updateSendCanFrame(kBox, "j", canFrame(0x11, {2, 3})), BoxResult::Done);
+    ASSERT_EQ(manager->updateSendCanFrame(kBox, "j", canFrame(0x11, {2, 3}), 3), BoxResult::Done);
     ASSERT_TRUE(waitUntil([&] {
         const auto seen = collector->seen();
         return !seen.empty() && seen.back().id == 0x11;

@@ -85,10 +85,13 @@ void Hub4e::updateSendCanFrame(const Json& document, RespondCmdMsg& answer) {
     const auto request = parseCanSendDocument(document, reason);
     if (!request) return refuse(answer, CommandCode::BadValue, reason);
     const RvCanFrame frame = toLibrary(request->frame);
-    answerJob(withLibrary([&] {
-                  return update_can_cycle_frame(m_cfg.handle, request->uuid.c_str(), &frame);
-              }),
-              answer);
+    const char* uuid = request->uuid.c_str();
+    int result = withLibrary([&] { return update_can_cycle_frame(m_cfg.handle, uuid, &frame); });
+    if (result == kRvOk) {
+        result =
+            withLibrary([&] { return set_can_cycle_period(m_cfg.handle, uuid, request->cycleMs); });
+    }
+    answerJob(result, answer);
 }
 
 void Hub4e::startSendEthFrame(const Json& document, RespondCmdMsg& answer) {

@@ -45,6 +45,7 @@ public:
     explicit RvDeviceInfo(const RvDeviceDesc& desc);
     RvDeviceInfo(const RvDeviceInfo& other);
     RvDeviceInfo& operator=(const RvDeviceInfo& other);
+    // NOLINTNEXTLINE(performance-trivially-destructible): exported by the library
     ~RvDeviceInfo();
 
     [[nodiscard]] RvDeviceType getType() const;

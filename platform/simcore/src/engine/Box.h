@@ -140,6 +140,7 @@ private:
     std::vector<RvEthChannelConfig> m_ethConfigs;
     Jobs m_canJobs;
     Jobs m_ethJobs;
+    int64_t m_gridOrigin = 0;                       // start of the first of the jobs
     std::map<int64_t, std::vector<bool>> m_phases;  // by period: numbers in use
     std::map<int32_t, std::shared_ptr<LinSchedule>> m_linSchedules;
 

@@ -9,6 +9,10 @@
 // What a box transmits: single frames, cyclic jobs, schedule tables.
 namespace simcore::engine {
 
+namespace {
+constexpr int64_t kGridNs = 1'000'000;
+}
+
 int Box::sendCan(RvCanFrame frame) {
     if (!isOpen()) return kRvErrorNotOpen;
     Port* from = port(BusKind::can, frame.channel);
@@ -54,8 +58,14 @@ int Box::sendFlexRay(RvFlexRayFrame frame) {
 }
 
 int Box::addJob(const std::shared_ptr<CycleJob>& job) {
+    const int64_t now = m_core.clock.now();
+    if (m_canJobs.empty() && m_ethJobs.empty()) m_gridOrigin = now;
     if (!jobs(job->port().kind).emplace(job->uuid(), job).second) return kRvErrorDuplicateJob;
-    job->start(takePhase(job->periodNs()));
+    // All jobs of a box lie on whole milliseconds from the first one's start, so that those that
+    // are due together cost one wake-up.
+    const int64_t past = (now - m_gridOrigin) % kGridNs;
+    const int64_t aligned = past <= kGridNs / 2 ? now - past : now - past + kGridNs;
+    job->start(aligned, takePhase(job->periodNs()));
     return kRvOk;
 }
 

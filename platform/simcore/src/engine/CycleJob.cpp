@@ -12,7 +12,9 @@ namespace simcore::engine {
 namespace {
 
 constexpr int64_t kNsPerMs = 1'000'000;
-constexpr int64_t kPhaseStepNs = 125'000;
+// Waking a thread costs far more than sending a frame, so many jobs share few points of time.
+constexpr int64_t kShortestStepNs = 125'000;
+constexpr int64_t kMostSteps = 10;
 
 std::string uuidOf(const char (&text)[64]) {
     return std::string(text, std::find(text, text + sizeof text, '\0'));
@@ -29,17 +31,17 @@ CycleJob::CycleJob(Core& core, Box& box, Port& port, std::string uuid, int32_t p
       m_limit(limit) {}
 
 int64_t CycleJob::phaseOf(int number, int64_t periodNs) {
-    const int64_t steps = std::max<int64_t>(periodNs / kPhaseStepNs, 1);
+    const int64_t steps = std::clamp<int64_t>(periodNs / kShortestStepNs, 1, kMostSteps);
     // A stride near the golden section that shares no divisor with the steps visits all of them.
     int64_t stride = std::max<int64_t>(steps * 618 / 1000, 1);
     while (std::gcd(stride, steps) != 1) ++stride;
-    return (number * stride % steps) * kPhaseStepNs;
+    return (number * stride % steps) * (periodNs / steps);
 }
 
-void CycleJob::start(int phaseNumber) {
+void CycleJob::start(int64_t from, int phaseNumber) {
     m_phaseNumber = phaseNumber;
     m_phasePeriodNs = m_periodNs;
-    m_due = m_core.clock.now() + phaseOf(phaseNumber, m_periodNs);
+    m_due = from + phaseOf(phaseNumber, m_periodNs);
     m_core.schedule(shared_from_this(), m_due);
 }
 

@@ -24,8 +24,9 @@ public:
     // What ends a job by its count; the box then forgets it.
     CycleJob(Core& core, Box& box, Port& port, std::string uuid, int32_t periodMs, int limit);
 
-    // First transmission one phase from now: jobs of equal period that start together are spread.
-    void start(int phaseNumber);
+    // First transmission one phase after `from`: jobs of equal period that start together are
+    // spread.
+    void start(int64_t from, int phaseNumber);
     void pause();
     void resume();
     void setPeriod(int32_t periodMs);
@@ -41,8 +42,8 @@ public:
 
     void run(int64_t now, Lock& lock) override;
 
-    // Offset of the n-th job within its period: steps of 125 us in an order that keeps neighbours
-    // far apart.
+    // Offset of the n-th job within its period: one of up to ten points, taken in an order that
+    // keeps neighbours far apart.
     [[nodiscard]] static int64_t phaseOf(int number, int64_t periodNs);
 
 protected:

@@ -56,7 +56,6 @@ private:
     bool m_reading = false;  // somebody reads ahead with the lock given back
     bool m_started = false;
     bool m_finished = false;
-    bool m_endOfLog = false;
 
     // Log time made continuous: passes follow each other, and time that starts anew goes on.
     int64_t m_shiftNs = 0;

@@ -1,8 +1,8 @@
 #include "quill_os/threads.h"
 
 #ifdef _WIN32
-#include <windows.h>
 #include <timeapi.h>
+#include <windows.h>
 #include <string>
 #include <thread>
 #else

@@ -7,9 +7,9 @@ namespace scripts {
 // Flag word of a CAN frame: four bytes whose bit layout boxes, traces and scripts share. The layout
 // is written out byte by byte because C++ leaves the order of bit fields to the compiler.
 struct CANFrameExtend {
-    uint8_t flags = 0;       // bit 0 EDL, 1 BRS, 2 ESI, 4-7 COD
-    uint8_t format = 0;      // bit 0 UU2, 1 SRR, 2 IDE, 3 RTR, 4-7 DLC
-    uint8_t errorLow = 0;    // errorFlag, least significant byte first
+    uint8_t flags = 0;     // bit 0 EDL, 1 BRS, 2 ESI, 4-7 COD
+    uint8_t format = 0;    // bit 0 UU2, 1 SRR, 2 IDE, 3 RTR, 4-7 DLC
+    uint8_t errorLow = 0;  // errorFlag, least significant byte first
     uint8_t errorHigh = 0;
 
     [[nodiscard]] uint8_t EDL() const { return flags & 1U; }

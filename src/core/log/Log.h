@@ -26,10 +26,9 @@ inline constexpr const char* kCaptureFilter = "CaptureFilter";
 
 // Source file, line and function of the caller stand in every line. The category comes first in the
 // text, in square brackets.
-#define QUILL_LOG(level, category, text, ...)                                                    \
-    ::spdlog::default_logger_raw()->log(                                                         \
-        ::spdlog::source_loc{__FILE__, __LINE__, SPDLOG_FUNCTION}, level, "[{}] " text, category \
-            __VA_OPT__(, ) __VA_ARGS__)
+#define QUILL_LOG(level, category, text, ...)                                                      \
+    ::spdlog::default_logger_raw()->log(::spdlog::source_loc{__FILE__, __LINE__, SPDLOG_FUNCTION}, \
+                                        level, "[{}] " text, category __VA_OPT__(, ) __VA_ARGS__)
 #define QUILL_INFO(category, ...) QUILL_LOG(::spdlog::level::info, category, __VA_ARGS__)
 #define QUILL_WARN(category, ...) QUILL_LOG(::spdlog::level::warn, category, __VA_ARGS__)
 #define QUILL_ERROR(category, ...) QUILL_LOG(::spdlog::level::err, category, __VA_ARGS__)

@@ -28,6 +28,6 @@ private:
 
 }  // namespace quill::log
 
-#define QUILL_SCOPE_TIMER(category, function)            \
-    const ::quill::log::ScopeTimer quillScopeTimer(      \
+#define QUILL_SCOPE_TIMER(category, function)       \
+    const ::quill::log::ScopeTimer quillScopeTimer( \
         category, function, ::spdlog::source_loc{__FILE__, __LINE__, SPDLOG_FUNCTION})

@@ -13,10 +13,10 @@ namespace scripts {
 namespace {
 
 namespace db = Model::database;
-using Payload = BytesField<"data", 4096>;
+using SignalBytes = BytesField<"data", 4096>;
 
 template <class Signal>
-double decodeOne(const Signal& signal, const Payload& data) {
+double decodeOne(const Signal& signal, const SignalBytes& data) {
     const auto value = db::decodeSignalPhysical(signal, data.value);
     if (!value) {
         throw py::value_error("signal '" + signal.name + "' does not lie within " +
@@ -26,7 +26,7 @@ double decodeOne(const Signal& signal, const Payload& data) {
 }
 
 template <class Signal>
-py::list encodeOne(const Signal& signal, Payload data, double value) {
+py::list encodeOne(const Signal& signal, SignalBytes data, double value) {
     const auto status = db::encodeSignalPhysical(signal, data.value, value);
     if (status != Model::codec::EncodeStatus::Ok) {
         throw py::value_error("signal '" + signal.name + "', value " + std::to_string(value) +

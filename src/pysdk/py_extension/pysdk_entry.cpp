@@ -20,7 +20,7 @@ namespace py = pybind11;
 
 namespace {
 
-constexpr const char* kEntryFile = "src/pysdk/py_extension/pysdk_entry";
+constexpr const char* kPysdkEntryFile = "src/pysdk/py_extension/pysdk_entry";
 constexpr int kDestructorLine = 51;
 // Bounds how long a blocked callable can hold up exit() and the end of a script.
 constexpr int kStopDeliveryMs = 1000;
@@ -144,7 +144,7 @@ PySDKEntry::~PySDKEntry() {
         const scripts::InterpreterRelease released;
         const quill::log::ScopeTimer timer(
             quill::log::kPysdk, "PySDKEntry::~PySDKEntry",
-            spdlog::source_loc{kEntryFile, kDestructorLine, "~PySDKEntry"},
+            spdlog::source_loc{kPysdkEntryFile, kDestructorLine, "~PySDKEntry"},
             "PySDKEntry::{dtor}::<lambda_1>::operator ()");
         // Frames first, so that no callable runs when this is over.
         if (!m_manager->stopDelivery(kStopDeliveryMs)) {

@@ -7,7 +7,6 @@
 namespace rv {
 namespace {
 
-const QString kBox = "02:00:00:00:00:0A";
 const QString kNobody = "02:00:00:00:00:FF";
 
 TEST_F(VirtualBoxes, listsABoxWithItsIdentityAndChannels) {

@@ -10,7 +10,6 @@
 namespace rv {
 namespace {
 
-const QString kBox = "02:00:00:00:00:0A";
 constexpr const char* kTwoBoxes = R"({
     "buses": {"shared": {"kind": "can"}},
     "boxes": [

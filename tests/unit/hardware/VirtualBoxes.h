@@ -17,6 +17,8 @@
 
 namespace rv {
 
+inline const QString kBox = "02:00:00:00:00:0A";
+
 // Keeps what is delivered and lets a test wait for it.
 class Collector final : public FrameReceiver {
 public:

@@ -8,7 +8,7 @@ namespace playback::test {
 namespace {
 
 constexpr uint32_t kStart = 1'700'000'000;
-constexpr size_t kFrames = 25'000;
+constexpr size_t kRecordedFrames = 25'000;
 
 // Frame i of a recording with every bus kind in it.
 rv::FrameHolder madeFrame(size_t i) {
@@ -47,9 +47,9 @@ TEST_P(RecorderRoundTrip, everyRecordedFrameComesBack) {
     {
         FrameRecorder recorder({path(name), name == "r.asc" ? 1U : 0U});
         recorder.startRecord();
-        for (size_t i = 0; i < kFrames; ++i) recorder.recordFrame(madeFrame(i));
+        for (size_t i = 0; i < kRecordedFrames; ++i) recorder.recordFrame(madeFrame(i));
         recorder.stopRecord();
-        ASSERT_EQ(recorder.status().written, kFrames);
+        ASSERT_EQ(recorder.status().written, kRecordedFrames);
     }
     ASSERT_TRUE(import(name).success);
     std::string reason;
@@ -75,7 +75,7 @@ TEST_P(RecorderRoundTrip, everyRecordedFrameComesBack) {
         }
         return !::testing::Test::HasFailure();
     }));
-    EXPECT_EQ(at, kFrames);
+    EXPECT_EQ(at, kRecordedFrames);
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, RecorderRoundTrip, ::testing::Values("r.blf", "r.asc"));

@@ -35,7 +35,7 @@ private:
     rlimit m_before{};
 };
 
-constexpr uint64_t kTime = 1'700'000'000'000'000'000U;
+constexpr uint64_t kFaultTime = 1'700'000'000'000'000'000U;
 
 class Recording {
 public:
@@ -54,7 +54,8 @@ public:
         for (size_t i = 0; i < frames; ++i) {
             for (uint8_t& byte : data) byte = static_cast<uint8_t>(m_random());
             ++m_sent;
-            list.push_back(makeCan(kTime + m_sent, m_sent & 0x7FFU, rv::CanRecord::kFd, data, 15));
+            list.push_back(
+                makeCan(kFaultTime + m_sent, m_sent & 0x7FFU, rv::CanRecord::kFd, data, 15));
         }
         m_context->acceptRecords(std::move(list));
     }

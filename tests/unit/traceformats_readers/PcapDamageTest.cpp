@@ -10,7 +10,7 @@ namespace {
 
 constexpr size_t kRecord = 16 + 60;
 
-std::vector<unsigned> numbersOf(const Collected& got) {
+std::vector<unsigned> packetNumbersOf(const Collected& got) {
     std::vector<unsigned> numbers;
     for (const auto& frame : got.frames) numbers.push_back(frame.data.at(20));
     return numbers;
@@ -29,7 +29,7 @@ TEST_P(PcapDamage, keepsExactlyWhatIsWhole) {
     GetParam().harm(bytes);
     const Collected got = collect(Format::Pcap, bytes, 2);
     ASSERT_TRUE(got.header);
-    EXPECT_EQ(numbersOf(got), GetParam().frames);
+    EXPECT_EQ(packetNumbersOf(got), GetParam().frames);
     EXPECT_EQ(!got.damage.empty(), GetParam().damage);
 }
 
@@ -116,7 +116,7 @@ TEST_P(PcapngDamage, keepsExactlyWhatIsWhole) {
     GetParam().harm(file);
     const Collected got = collect(Format::Pcapng, file.bytes, 2);
     ASSERT_TRUE(got.header);
-    EXPECT_EQ(numbersOf(got), GetParam().frames);
+    EXPECT_EQ(packetNumbersOf(got), GetParam().frames);
     EXPECT_EQ(!got.damage.empty(), GetParam().damage);
     EXPECT_EQ(got.dropped, GetParam().dropped);
 }
@@ -170,7 +170,7 @@ TEST(PcapngFormats, aPacketBeforeAnyInterfaceIsDropped) {
     append(bytes, pcapngInterface(1));
     append(bytes, pcapngPacket(0, 0, ethernetPacket(2)));
     const Collected got = collect(Format::Pcapng, bytes);
-    EXPECT_EQ(numbersOf(got), std::vector<unsigned>{2});
+    EXPECT_EQ(packetNumbersOf(got), std::vector<unsigned>{2});
     EXPECT_EQ(got.dropped, 1U);
 }
 
@@ -181,7 +181,7 @@ TEST(PcapngFormats, aNewSectionChangesByteOrderAndForgetsInterfaces) {
     append(bytes, pcapngInterface(1, {}, true));
     append(bytes, pcapngPacket(0, 7, ethernetPacket(9), true));
     const Collected got = collect(Format::Pcapng, bytes);
-    ASSERT_EQ(numbersOf(got), std::vector<unsigned>{9});
+    ASSERT_EQ(packetNumbersOf(got), std::vector<unsigned>{9});
     EXPECT_EQ(got.frames[0].frame.timeNs, 7000U);
 }
 

@@ -46,7 +46,7 @@ public:
     RvDeviceInfo(const RvDeviceInfo& other);
     RvDeviceInfo& operator=(const RvDeviceInfo& other);
     // NOLINTNEXTLINE(performance-trivially-destructible): exported by the library
-    ~RvDeviceInfo();
+    ~RvDeviceInfo();  // NOLINT(performance-trivially-destructible): part of the library
 
     [[nodiscard]] RvDeviceType getType() const;
     [[nodiscard]] const char* getDeviceModel() const;

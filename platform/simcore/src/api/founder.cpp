@@ -13,7 +13,7 @@ RvDeviceInfo::RvDeviceInfo(RvDeviceType type) { m_desc.type = type; }
 RvDeviceInfo::RvDeviceInfo(const RvDeviceDesc& desc) : m_desc(desc) {}
 RvDeviceInfo::RvDeviceInfo(const RvDeviceInfo& other) = default;
 RvDeviceInfo& RvDeviceInfo::operator=(const RvDeviceInfo& other) = default;
-RvDeviceInfo::~RvDeviceInfo() = default;
+RvDeviceInfo::~RvDeviceInfo() = default;  // NOLINT
 
 RvDeviceType RvDeviceInfo::getType() const { return m_desc.type; }
 const char* RvDeviceInfo::getDeviceModel() const { return m_desc.model; }

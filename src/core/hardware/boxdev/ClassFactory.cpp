@@ -71,8 +71,7 @@ std::string UniversalBusDeviceFactory::announcement(const DeviceCfg& cfg) const 
 
 std::shared_ptr<DeviceInterface> UniversalBusDeviceFactory::make(const DeviceCfg& cfg,
                                                                  DeviceEventFn onEvent) const {
-    return std::make_shared<UniversalBusDevice>(static_cast<const UniversalBusCfg&>(cfg),
-                                                std::move(onEvent));
+    return std::make_shared<UniversalBusDevice>(static_cast<const UniversalBusCfg&>(cfg), onEvent);
 }
 
 }  // namespace RV::BoxDev

@@ -21,7 +21,7 @@ RvConnectionType connectionTypeOf(int32_t deviceType) {
 
 }  // namespace
 
-UniversalBusDevice::UniversalBusDevice(UniversalBusCfg cfg, DeviceEventFn onEvent)
+UniversalBusDevice::UniversalBusDevice(UniversalBusCfg cfg, const DeviceEventFn& onEvent)
     : DeviceBase(onEvent),
       m_cfg(std::move(cfg)),
       m_wrapper(connectionTypeOf(m_cfg.type), m_cfg.name, m_cfg.serial, onEvent, *this),

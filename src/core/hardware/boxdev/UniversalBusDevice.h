@@ -16,7 +16,7 @@ namespace RV::BoxDev {
 // number.
 class UniversalBusDevice final : public DeviceBase {
 public:
-    UniversalBusDevice(UniversalBusCfg cfg, DeviceEventFn onEvent);
+    UniversalBusDevice(UniversalBusCfg cfg, const DeviceEventFn& onEvent);
     ~UniversalBusDevice() override;
 
     [[nodiscard]] const std::string& id() const override { return m_cfg.serial; }

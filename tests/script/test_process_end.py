@@ -69,7 +69,7 @@ def leave(f):
     try:
         q.exit()
     except RuntimeError as error:
-        print(f"refused: {error}\n", end="", flush=True)
+        print(f"refused: {error}", flush=True)
         told.set()
 subscribe(leave)
 assert told.wait(30)

@@ -1,11 +1,14 @@
 #include "core/hardware/RVBoxManager.h"
 
 #include <algorithm>
+#include <filesystem>
 
 #include "core/hardware/RVBoxManagerImpl.h"
 #include "core/hardware/boxdev/DeviceManager.h"
 #include "core/log/Log.h"
 #include "core/log/ScopeTimer.h"
+#include "quill_os/environment.h"
+#include "quill_os/paths.h"
 
 namespace rv {
 
@@ -18,6 +21,15 @@ namespace {
 // Long enough for the first look around of a network that answers at once, so that a script finds
 // its boxes at the first question; a slower network is waited for where scripts ask for boxes.
 constexpr int kFirstLookMs = 300;
+
+// Absolute path of the application's data directory, beside its log.
+std::string dataDirectory() {
+    const std::string base = quill::os::getEnvironment("LocalAPPDATA").value_or(".");
+    std::error_code error;
+    const auto path =
+        std::filesystem::absolute(quill::os::pathFromUtf8(base) / "RV" / "Quill", error);
+    return quill::os::pathToUtf8(path);
+}
 
 ChannelTable channelsOf(const RV::BoxDev::DeviceInterface& device) {
     ChannelTable table;
@@ -45,6 +57,7 @@ RVBoxManager::RVBoxManager(void* context, QObject* parent)
     : QObject(parent), m_impl(std::make_unique<Impl>()) {
     m_impl->context = context;
     DeviceHub& hub = DeviceHub::instance();
+    hub.setDataDirectory(dataDirectory());
     for (const DeviceHub::Device& device : hub.devices()) m_impl->addDevice(device);
     m_impl->eventSubscription = hub.subscribe(
         DeviceHub::kDeviceEventTopic, [this](const std::shared_ptr<DeviceEvent>& event,

@@ -57,7 +57,7 @@ double floorLoop(const py::function& callable, size_t count, uint32_t length) {
         const auto start = Clock::now();
         for (size_t i = 0; i < count; ++i) {
             scripts::enterInterpreter();
-            PyObject* record = objects.make(rv::FrameType::Can, *frame);
+            PyObject* record = objects.make(rv::FrameType::Can, *frame, {});
             Py_XDECREF(PyObject_CallOneArg(callable.ptr(), record));
             Py_XDECREF(record);
             scripts::leaveInterpreter();

@@ -8,11 +8,11 @@
 namespace scripts {
 namespace {
 
-constexpr uint64_t kNsPerSecond = 1'000'000'000U;
+constexpr uint64_t kStampNsPerSecond = 1'000'000'000U;
 
 // Parameters by value: the members of packed records cannot be bound to references.
 uint64_t joinTime(uint32_t seconds, uint32_t nanoseconds) {
-    return seconds * kNsPerSecond + nanoseconds;
+    return seconds * kStampNsPerSecond + nanoseconds;
 }
 
 const char* checkTypeText(uint8_t checkMode) {

@@ -37,8 +37,8 @@ std::vector<std::string> utf8Arguments(int, char**) {
 #else
 bool utf8FromGb18030(std::string_view bytes, std::string& utf8) {
     const iconv_t converter = iconv_open("UTF-8", "GB18030");
-    if (converter == reinterpret_cast<iconv_t>(-1))
-        return false;  // NOLINT(performance-no-int-to-ptr): the value that POSIX gives
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the value by which POSIX tells the failure
+    if (converter == reinterpret_cast<iconv_t>(-1)) return false;
     utf8.clear();
     utf8.reserve(bytes.size() + bytes.size() / 2);
     std::array<char, 4096> piece;

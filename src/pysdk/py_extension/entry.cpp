@@ -80,5 +80,7 @@ PYBIND11_MODULE(QuillScriptsSDK, m) {
     bindTransmit(m);
     bindDatabaseFunctions(m);
     bindReceive(m);
+    bindBatches(m);
+    bindCounters(m);
     bindChannelCalls(m);
 }

@@ -59,6 +59,21 @@ bool PySDKEntry::unsubscribeEth(const DeviceHandle& handle) {
     return stopTracing(handle.deviceInfo.mac);
 }
 
+bool PySDKEntry::subscribeBatch(const DeviceHandle& handle, scripts::FrameViews::Bus bus,
+                                std::shared_ptr<scripts::BatchSubscription> batch) {
+    m_delivery->registries().setBatch(handle.deviceInfo.mac, bus, std::move(batch));
+    return startTracing(handle.deviceInfo.mac);
+}
+
+bool PySDKEntry::unsubscribeBatch(const DeviceHandle& handle, scripts::FrameViews::Bus bus) {
+    const std::string mac = handle.deviceInfo.mac;
+    m_delivery->registries().setBatch(mac, bus, nullptr);
+    if (m_delivery->registries().hasSubscription(mac) || m_delivery->recording().running()) {
+        return true;
+    }
+    return stopTracing(mac);
+}
+
 void PySDKEntry::enableRecording(const std::string& path, std::vector<int32_t> channels,
                                  int64_t format) {
     const std::shared_ptr<scripts::FrameDelivery> delivery = m_delivery;

@@ -45,6 +45,23 @@ def bench_floor(build, rounds):
         print(f"  delivery / bare loop: {statistics.median(ratios):.2f}")
 
 
+def bench_filter(build, rounds):
+    """What a filter of 1,000 identifiers and 100 ranges adds to a frame."""
+    sys.path.insert(0, str(build / "bench"))
+    import quill_bench_delivery as bench
+
+    print("filter of 1,000 identifiers and 100 ranges, all frames pass")
+    for name, callable_ in (("to a callable", trivial), ("without a callable", None)):
+        plain, filtered = [], []
+        for _ in range(2 * rounds):
+            plain.append(bench.deliver(callable_, 200_000, 8))
+            filtered.append(bench.deliver(callable_, 200_000, 8, filtered=True))
+        row(f"{name}, no filter", plain, "ns/frame")
+        row(f"{name}, filtered", filtered, "ns/frame")
+        more = statistics.median(b - a for a, b in zip(plain, filtered))
+        print(f"  {name}: {more:.1f} ns a frame more")
+
+
 def environment(build, appdata, network=None):
     env = dict(os.environ, PYTHONPATH=str(build / "python"), LocalAPPDATA=appdata)
     if network is not None:
@@ -222,11 +239,13 @@ def main():
     parser.add_argument("build", type=pathlib.Path)
     parser.add_argument("--rounds", type=int, default=5)
     parser.add_argument("--peer", default="/usr/bin/python3")
-    parser.add_argument("--only", choices=["floor", "road", "busy", "import"])
+    parser.add_argument("--only", choices=["floor", "filter", "road", "busy", "import"])
     options = parser.parse_args()
     build = options.build.resolve()
     if options.only in (None, "floor"):
         bench_floor(build, options.rounds)
+    if options.only in (None, "filter"):
+        bench_filter(build, options.rounds)
     with tempfile.TemporaryDirectory() as appdata:
         if options.only in (None, "road"):
             bench_end_to_end(build, appdata, options.peer, options.rounds)

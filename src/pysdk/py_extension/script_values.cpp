@@ -112,8 +112,8 @@ std::vector<uint8_t> readBytes(py::handle value, const char* field, size_t maxLe
     return readSequence(value, field, maxLength);
 }
 
-py::list toList(std::span<const uint8_t> bytes) {
-    py::list list(bytes.size());
+IntList toList(std::span<const uint8_t> bytes) {
+    IntList list(bytes.size());
     for (size_t i = 0; i < bytes.size(); ++i) {
         PyList_SET_ITEM(list.ptr(), static_cast<Py_ssize_t>(i), PyLong_FromLong(bytes[i]));
     }

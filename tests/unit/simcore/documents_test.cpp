@@ -99,6 +99,8 @@ INSTANTIATE_TEST_SUITE_P(
                     "seed: expected an integer from 0 to 9223372036854775807"},
         BadDocument{"hugeInteger", R"({"seed": 18446744073709551615})",
                     "seed: expected an integer from 0 to 9223372036854775807"},
+        BadDocument{"numberBeyondDouble", R"({"seed": 1e999})",
+                    "is not JSON: number overflow parsing '1e999'"},
         BadDocument{"replayWithoutFile", R"({"sources": [{"replay": {}}]})",
                     "sources[0].replay.file: is missing"},
         BadDocument{"notJson", "{\"boxes\": [}",

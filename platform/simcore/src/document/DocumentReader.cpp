@@ -44,10 +44,13 @@ std::optional<engine::NetworkPlan> parse(const std::string& text, const std::str
     nlohmann::json json;
     try {
         json = nlohmann::json::parse(text);
-    } catch (const nlohmann::json::parse_error& error) {
-        // The library's text begins with its own error number; the position follows.
+    } catch (const nlohmann::json::exception& error) {
+        // The library's text begins with its own error number; the position follows, or for a
+        // number that no double holds, what is wrong with it.
         const std::string what = error.what();
-        const size_t at = what.find("at line");
+        const size_t line = what.find("at line");
+        const size_t number = what.find("number overflow");
+        const size_t at = line == std::string::npos ? number : line;
         reason = origin + ": is not JSON: " + (at == std::string::npos ? what : what.substr(at));
         return std::nullopt;
     }

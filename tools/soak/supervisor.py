@@ -148,7 +148,8 @@ class Supervisor:
 
     def _look_for_remains(self):
         for name in ("tmp", "cwd", "recordings"):
-            left = sorted(path.name for path in (self._folder / name).rglob("*"))
+            left = sorted(path.name for path in (self._folder / name).rglob("*")
+                          if path.is_file())
             if left:
                 self._fail(f"left behind in {name}: {left[:20]}")
         left = database_folder.unexpected(self._folder / "databases")

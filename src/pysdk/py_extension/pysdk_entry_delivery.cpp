@@ -45,17 +45,17 @@ bool PySDKEntry::subscribeEth(const DeviceHandle& handle, ScriptCallback callbac
 }
 
 bool PySDKEntry::unsubscribeCan(const DeviceHandle& handle) {
-    m_delivery->registries().setCan(handle.deviceInfo.mac, {});
+    m_delivery->registries().removeCan(handle.deviceInfo.mac);
     return stopTracing(handle.deviceInfo.mac);
 }
 
 bool PySDKEntry::unsubscribeLin(const DeviceHandle& handle) {
-    m_delivery->registries().setLin(handle.deviceInfo.mac, {});
+    m_delivery->registries().removeLin(handle.deviceInfo.mac);
     return stopTracing(handle.deviceInfo.mac);
 }
 
 bool PySDKEntry::unsubscribeEth(const DeviceHandle& handle) {
-    m_delivery->registries().setEth(handle.deviceInfo.mac, {});
+    m_delivery->registries().removeEth(handle.deviceInfo.mac);
     return stopTracing(handle.deviceInfo.mac);
 }
 

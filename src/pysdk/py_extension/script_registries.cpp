@@ -44,22 +44,33 @@ bool ScriptRegistries::hasSubscription(const std::string& mac) const {
     const QByteArray key = borrowedKey(mac);
     const std::lock_guard lock(m_mutex);
     for (const DeviceTable* table : {&m_canByDevice, &m_linByDevice, &m_ethByDevice}) {
-        if (find(*table, key)) return true;
+        if (table->contains(key)) return true;
     }
     return m_canBatches.contains(key) || m_linBatches.contains(key);
+}
+
+ScriptCallback ScriptRegistries::take(DeviceTable& table, const std::string& mac) {
+    const std::lock_guard lock(m_mutex);
+    return table.take(borrowedKey(mac));
 }
 
 void ScriptRegistries::setCan(const std::string& mac, ScriptCallback callback) {
     replace(m_canByDevice, mac, callback);
 }
 
+void ScriptRegistries::removeCan(const std::string& mac) { (void)take(m_canByDevice, mac); }
+
 void ScriptRegistries::setLin(const std::string& mac, ScriptCallback callback) {
     replace(m_linByDevice, mac, callback);
 }
 
+void ScriptRegistries::removeLin(const std::string& mac) { (void)take(m_linByDevice, mac); }
+
 void ScriptRegistries::setEth(const std::string& mac, ScriptCallback callback) {
     replace(m_ethByDevice, mac, callback);
 }
+
+void ScriptRegistries::removeEth(const std::string& mac) { (void)take(m_ethByDevice, mac); }
 
 void ScriptRegistries::addId(uint32_t id, ScriptCallback callback) {
     const std::lock_guard lock(m_mutex);

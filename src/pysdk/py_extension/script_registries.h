@@ -33,10 +33,14 @@ public:
     void setCan(const std::string& mac, ScriptCallback callback);
     void setLin(const std::string& mac, ScriptCallback callback);
     void setEth(const std::string& mac, ScriptCallback callback);
+    void removeCan(const std::string& mac);
+    void removeLin(const std::string& mac);
+    void removeEth(const std::string& mac);
 
     // A null subscription ends the one that is there.
     void setBatch(const std::string& mac, Bus bus, std::shared_ptr<BatchSubscription> batch);
-    // True when a callable waits for frames of the device, one by one or in lists.
+    // True when there is a subscription of the device, one by one or in lists. One with an empty
+    // callable counts: recording and counting by identifier live on the tracing that it asked for.
     [[nodiscard]] bool hasSubscription(const std::string& mac) const;
 
     // Adds the identifier; its counter starts at 0 or goes on. An empty callable leaves the one
@@ -63,6 +67,8 @@ private:
     using DeviceTable = QHash<QByteArray, ScriptCallback>;
     using BatchTable = QHash<QByteArray, std::shared_ptr<BatchSubscription>>;
     void replace(DeviceTable& table, const std::string& mac, ScriptCallback& callback);
+    // Dropped by the caller, with the mutex unlocked.
+    [[nodiscard]] ScriptCallback take(DeviceTable& table, const std::string& mac);
 
     mutable std::mutex m_mutex;
     bool m_closed = false;

@@ -40,8 +40,7 @@ bool setup(const std::string& name, const std::string& directoryUtf8, std::strin
         return false;
     }
     try {
-        const auto file =
-            fileName<spdlog::filename_t>(directory / os::pathFromUtf8(name + ".log"));
+        const auto file = fileName<spdlog::filename_t>(directory / os::pathFromUtf8(name + ".log"));
         auto sink =
             std::make_shared<spdlog::sinks::rotating_file_sink_mt>(file, kFileBytes, kFileCount);
         auto logger = std::make_shared<spdlog::logger>(name, std::move(sink));

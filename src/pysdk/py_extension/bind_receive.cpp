@@ -34,8 +34,8 @@ FrameViews::List sourceOf(const List& list) {
 
 template <class List>
 void setFilter(const DeviceHandle& handle, FrameViews::Bus bus, const List& list) {
-    PySDKEntry::instance().delivery().views().setSubscriptionFilter(handle.deviceInfo.mac, bus,
-                                                                    sourceOf(list));
+    PySDKEntry::instance().delivery().views().setSubscriptionFilter(
+        handle.deviceInfo.mac, bus, FrameViews::Form::Single, sourceOf(list));
 }
 
 ScriptRegistries& registries() { return PySDKEntry::instance().delivery().registries(); }

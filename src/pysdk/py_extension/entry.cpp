@@ -115,5 +115,7 @@ PYBIND11_MODULE(QuillScriptsSDK, m) {
     bindTransmit(m);
     bindDatabaseFunctions(m);
     bindReceive(m);
+    bindBatches(m);
+    bindCounters(m);
     bindChannelCalls(m);
 }

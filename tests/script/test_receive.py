@@ -88,6 +88,18 @@ def test_none_is_accepted_and_other_values_are_not(sdk, box, send):
     sdk.unsubscribeCanFrameById(0x130)
 
 
+def test_a_subscription_of_none_keeps_the_box_traced(sdk, box, send):
+    sdk.subscribeCanFrameById(0x77, None)
+    assert sdk.subscribeCanFrame(box, None)
+    assert sdk.subscribeCanFrames(box, lambda frames: None)
+    assert sdk.unsubscribeCanFrames(box)  # not the last subscription
+    inbox = Inbox()
+    sdk.subscribeCanFrameById(0x77, inbox)
+    send(0x77)
+    inbox.wait(2)
+    sdk.unsubscribeCanFrameById(0x77)
+
+
 def test_identifiers_are_counted_and_called(sdk, box, send):
     everything, one = Inbox(), Inbox()
     sdk.subscribeCanFrame(box, everything)
@@ -236,7 +248,7 @@ def test_the_signatures_that_scripts_know(sdk):
         "subscribeCanFrameById": "(id: int, "
                                  "callback: Callable[[QuillScriptsSDK.CANRawFrame], None]) -> None",
         "getCanFrameCountById": "(id: int) -> int",
-        "enableDataRecording": "(path: str, channels: List[int], format: int) -> None",
+        "enableDataRecording": "(path: str, channels: list[int], format: int) -> None",
     }
     for name, text in texts.items():
         line = getattr(sdk, name).__doc__.splitlines()[0]

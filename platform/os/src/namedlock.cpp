@@ -61,33 +61,52 @@ std::string lockFolder() {
     return folder;
 }
 
+bool isSameFile(int file, const std::string& path) {
+    struct stat opened {};
+    struct stat there {};
+    return ::fstat(file, &opened) == 0 && ::lstat(path.c_str(), &there) == 0 &&
+           opened.st_dev == there.st_dev && opened.st_ino == there.st_ino;
+}
+
 }  // namespace
 
 NamedLock::NamedLock(const std::string& name, std::chrono::milliseconds timeout) {
     const std::string folder = lockFolder();
     if (folder.empty()) return;
-    const std::string path = folder + "/" + name + ".lock";
-    const int file = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
-    if (file < 0) return;
-    m_usable = true;
+    m_path = folder + "/" + name + ".lock";
     const auto deadline = std::chrono::steady_clock::now() + timeout;
     std::chrono::microseconds pause{100};
-    while (::flock(file, LOCK_EX | LOCK_NB) != 0) {
-        const bool busy = errno == EWOULDBLOCK || errno == EINTR;
-        if (!busy || std::chrono::steady_clock::now() >= deadline) {
-            m_usable = busy;
-            ::close(file);
-            return;
-        }
+    Attempt attempt = tryLock();
+    while (attempt == Attempt::Busy && std::chrono::steady_clock::now() < deadline) {
         std::this_thread::sleep_for(pause);
         pause = std::min(pause * 2, std::chrono::microseconds{2000});
+        attempt = tryLock();
+    }
+    m_usable = attempt != Attempt::Failed;
+}
+
+NamedLock::Attempt NamedLock::tryLock() {
+    const int file = ::open(m_path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+    if (file < 0) return Attempt::Failed;
+    if (::flock(file, LOCK_EX | LOCK_NB) != 0) {
+        const bool busy = errno == EWOULDBLOCK || errno == EINTR;
+        ::close(file);
+        return busy ? Attempt::Busy : Attempt::Failed;
+    }
+    // The holder before removed the file when it was done. A lock on a file that is no longer there
+    // keeps nobody away, so only the one behind the path counts.
+    if (!isSameFile(file, m_path)) {
+        ::close(file);
+        return Attempt::Busy;
     }
     m_file = file;
+    return Attempt::Held;
 }
 
 NamedLock::~NamedLock() {
-    // The file stays: removing it would let a third process lock a new one beside a waiting second.
-    if (m_file >= 0) ::close(m_file);
+    if (m_file < 0) return;
+    ::unlink(m_path.c_str());  // while the lock is held, so it is still this file
+    ::close(m_file);
 }
 
 bool NamedLock::held() const { return m_file >= 0; }

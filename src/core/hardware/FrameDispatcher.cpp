@@ -1,5 +1,6 @@
 #include "core/hardware/FrameDispatcher.h"
 
+#include <algorithm>
 #include <chrono>
 #include <system_error>
 
@@ -57,7 +58,20 @@ HandOver FrameDispatcher::counters() const {
     return result;
 }
 
-uint64_t FrameDispatcher::backlogAgeUs() const { return m_buffer.overdueUs(kHoldUs); }
+uint64_t FrameDispatcher::backlogAgeUs() const {
+    return std::max(m_buffer.overdueUs(kHoldUs), overdueInDeliveryUs());
+}
+
+// A pass takes all that is due and may deliver it for long, so its frames age outside the buffer.
+uint64_t FrameDispatcher::overdueInDeliveryUs() const {
+    const uint64_t stampNs = m_deliveringNs.load(std::memory_order_relaxed);
+    if (stampNs == 0) return 0;
+    const int64_t ageUs = std::chrono::duration_cast<std::chrono::microseconds>(
+                              std::chrono::system_clock::now().time_since_epoch())
+                              .count() -
+                          static_cast<int64_t>(stampNs / 1000) - kHoldUs;
+    return ageUs > 0 ? static_cast<uint64_t>(ageUs) : 0;
+}
 
 // A receiver may end this thread from inside (the interpreter does so while it shuts down), so
 // nothing on the way to it swallows the unwinding.
@@ -67,26 +81,47 @@ void FrameDispatcher::run() {
         std::this_thread::sleep_for(kPassInterval);
         watchBacklog();
         std::vector<ReceivedFrame> taken = m_buffer.take(kHoldUs);
-        if (taken.empty()) continue;
-        m_in.fetch_add(taken.size(), std::memory_order_relaxed);
-        deliver(taken);
+        if (!taken.empty()) {
+            m_in.fetch_add(taken.size(), std::memory_order_relaxed);
+            deliver(taken);
+        }
+        endPass();
     }
+    m_receivers.clear();
 }
 
 void FrameDispatcher::deliver(std::vector<ReceivedFrame>& taken) {
     for (ReceivedFrame& record : taken) {
-        FrameReceiver* receiver = record.subscription->callback.get();
+        const ReceiveCallback& receiver = record.subscription->callback;
         m_delivering = true;
         if (receiver == nullptr || m_closed) {
             m_delivering = false;
             m_dropped.fetch_add(1, std::memory_order_relaxed);
             continue;
         }
+        m_deliveringNs.store(record.frame->timestampNs(), std::memory_order_relaxed);
+        noteReceiver(receiver);
         receiver->deliver(record.frame->type, record.frame, record.subscription->info);
         m_delivering = false;
         m_out.fetch_add(1, std::memory_order_relaxed);
         record.frame.reset();
     }
+    m_deliveringNs.store(0, std::memory_order_relaxed);
+}
+
+void FrameDispatcher::noteReceiver(const ReceiveCallback& receiver) {
+    if (!m_receivers.empty() && m_receivers.back() == receiver) return;
+    if (std::find(m_receivers.begin(), m_receivers.end(), receiver) != m_receivers.end()) return;
+    m_receivers.push_back(receiver);
+}
+
+void FrameDispatcher::endPass() {
+    std::erase_if(m_receivers, [this](const ReceiveCallback& receiver) {
+        m_delivering = true;
+        const bool again = !m_closed && receiver->passDone();
+        m_delivering = false;
+        return !again;
+    });
 }
 
 void FrameDispatcher::watchBacklog() {

@@ -30,7 +30,10 @@ public:
 private:
     void run();
     void deliver(std::vector<ReceivedFrame>& taken);
+    void noteReceiver(const ReceiveCallback& receiver);
+    void endPass();
     void watchBacklog();
+    [[nodiscard]] uint64_t overdueInDeliveryUs() const;
 
     RVFrameResortBuffer& m_buffer;
     std::atomic<bool> m_stop{true};
@@ -39,7 +42,10 @@ private:
     std::atomic<uint64_t> m_in{0};
     std::atomic<uint64_t> m_out{0};
     std::atomic<uint64_t> m_dropped{0};
-    bool m_backlogWarned = false;  // used by the thread only
+    std::atomic<uint64_t> m_deliveringNs{0};  // stamp of the frame in delivery, 0 between passes
+    // Used by the thread only.
+    bool m_backlogWarned = false;
+    std::vector<ReceiveCallback> m_receivers;  // those to be told of the pass's end
     std::thread m_thread;
 };
 

@@ -44,13 +44,6 @@ ChannelTable channelsOf(const RV::BoxDev::DeviceInterface& device) {
     return table;
 }
 
-void add(HandOver& sum, const HandOver& part) {
-    sum.in += part.in;
-    sum.out += part.out;
-    sum.held += part.held;
-    sum.dropped += part.dropped;
-}
-
 }  // namespace
 
 RVBoxManager::RVBoxManager(void* context, QObject* parent)
@@ -190,25 +183,6 @@ std::string RVBoxManager::statusText(const QString& deviceId) const {
     return device->state() == RV::BoxDev::DeviceState::Connected ? "connected" : "disconnected";
 }
 
-RoadCounters RVBoxManager::counters() const {
-    RoadCounters counters;
-    std::vector<DeviceHub::Device> devices;
-    {
-        const std::lock_guard lock(m_impl->mutex);
-        counters.library = m_impl->goneLibrary;
-        counters.readers = m_impl->goneReaders;
-        for (const ListedDevice& entry : m_impl->devices) devices.push_back(entry.device);
-    }
-    for (const DeviceHub::Device& device : devices) {
-        add(counters.library, device->libraryCounters());
-        add(counters.readers, device->readerCounters());
-    }
-    counters.resort = m_impl->resortBuffer->counters();
-    counters.dispatch = m_impl->dispatcher->counters();
-    counters.backlogAgeUs = m_impl->dispatcher->backlogAgeUs();
-    return counters;
-}
-
 bool RVBoxManager::stopDelivery(int waitMs) { return m_impl->dispatcher->close(waitMs); }
 
 // Device events.
@@ -253,8 +227,8 @@ DeviceHub::Device RVBoxManager::Impl::removeDevice(const std::string& deviceId) 
     const HandOver library = device->libraryCounters();
     const HandOver readers = device->readerCounters();
     const std::lock_guard lock(mutex);
-    add(goneLibrary, library);
-    add(goneReaders, readers);
+    goneLibrary += library;
+    goneReaders += readers;
     // What the box still held is lost with it.
     goneLibrary.dropped += goneLibrary.held;
     goneLibrary.held = 0;

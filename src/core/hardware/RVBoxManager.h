@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "core/hardware/ReceiveCallback.h"
+#include "core/hardware/RoadCounters.h"
 #include "core/hardware/boxdev/BoxConfig.h"
-#include "core/hardware/boxdev/HandOverCounters.h"
 #include "core/hardware/boxdev/TransmitTypes.h"
 
 namespace rv {

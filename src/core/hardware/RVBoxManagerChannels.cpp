@@ -11,6 +11,10 @@ std::string shortName(ChannelType type, int index) {
 
 }  // namespace
 
+std::string channelName(const ListedDevice& device, ChannelType type, int index) {
+    return device.name + "." + shortName(type, index);
+}
+
 const char* channelKindText(ChannelType type) {
     switch (type) {
         case ChannelType::Can:
@@ -36,7 +40,7 @@ std::vector<std::string> RVBoxManager::channelNames(const QString& deviceId) con
             const auto channels = entry.channels.find(type);
             if (channels == entry.channels.end()) continue;
             for (const auto& [index, enabled] : channels->second) {
-                names.push_back(entry.name + "." + shortName(type, index));
+                names.push_back(channelName(entry, type, index));
             }
         }
     }

@@ -26,6 +26,9 @@ struct ListedDevice {
     std::shared_ptr<const Subscription> subscription;  // null when nobody subscribed
 };
 
+// "<box name>.CAN1" and the like.
+[[nodiscard]] std::string channelName(const ListedDevice& device, ChannelType type, int index);
+
 struct RVBoxManager::Impl {
     std::unique_ptr<RVBoxConfigManager> configManager = std::make_unique<RVBoxConfigManager>();
     std::unique_ptr<RVBoxSimulationManager> simulationManager =

@@ -20,8 +20,9 @@ public:
     virtual ~FrameReceiver() = default;
     virtual void deliver(FrameType type, FrameHolder& frame, const FrameInfo& info) = 0;
 
-    // Called once at the end of a pass that delivered frames to this or any other receiver.
-    virtual void passDone() {}
+    // Called at the end of a pass that delivered frames to this receiver. A receiver that keeps
+    // frames for later answers true and is then called at the end of the next pass too.
+    [[nodiscard]] virtual bool passDone() { return false; }
 };
 
 // Copied with each frame: one reference count, no allocation, nothing of the interpreter.

@@ -25,7 +25,7 @@ inline constexpr const char* kDropIndices =
 // bounded cache so that memory does not follow the size of the file.
 inline constexpr const char* kImportSettings =
     "PRAGMA page_size=8192;"
-    "PRAGMA journal_mode=TRUNCATE;"
+    "PRAGMA journal_mode=DELETE;"
     "PRAGMA synchronous=NORMAL;"
     "PRAGMA cache_size=-32768;"
     "PRAGMA foreign_keys=OFF;";

@@ -3,47 +3,36 @@
 #include <algorithm>
 #include <cmath>
 
+#include "core/frame/WireBits.h"
+
 namespace tracestorage {
 namespace {
-// Bits of a frame beside its payload, interframe space included and stuff bits left out, which
-// depend on the content.
-constexpr double kCanStandardBits = 47;
-constexpr double kCanExtendedBits = 67;
-constexpr double kFdArbitrationBits = 30;  // start to BRS, and acknowledge to interframe space
-constexpr double kFdExtendedBits = 19;
-constexpr double kFdDataBits = 28;  // ESI, DLC, stuff count and the shorter CRC
-constexpr double kLinHeaderBits = 34;
-constexpr double kEthernetExtraBytes = 24;  // preamble, checksum and interframe gap
-constexpr double kFlexRayExtraBytes = 8;    // header and trailer
-
 constexpr uint64_t identKey(const FrameRecord& record) {
     const uint64_t extended = (record.flags & flag::kExtended) != 0 ? 1U : 0U;
     return static_cast<uint64_t>(record.bus) << 56U | uint64_t{record.channel} << 40U |
            extended << 32U | record.ident;
 }
 
-double canSeconds(const FrameRecord& record, double bytes, const BitRates& rates) {
-    const bool extended = (record.flags & flag::kExtended) != 0;
-    if ((record.flags & flag::kFd) == 0) {
-        return ((extended ? kCanExtendedBits : kCanStandardBits) + 8 * bytes) / rates.can;
-    }
-    const bool fast = (record.flags & flag::kBitRateSwitch) != 0;
-    const double arbitration = kFdArbitrationBits + (extended ? kFdExtendedBits : 0);
-    return arbitration / rates.can + (kFdDataBits + 8 * bytes) / (fast ? rates.canData : rates.can);
+double seconds(rv::WireBits bits, double nominalRate, double dataRate) {
+    return bits.nominal / nominalRate + bits.data / dataRate;
 }
+
 }  // namespace
 
 double TraceStatistics::wireSeconds(const FrameRecord& record, uint32_t bytes) const {
-    const double count = bytes;
+    const auto has = [&](uint32_t bit) { return (record.flags & bit) != 0; };
     switch (record.bus) {
         case Bus::Can:
-            return canSeconds(record, count, m_rates);
+            return seconds(rv::canWireBits(bytes, {.extended = has(flag::kExtended),
+                                                   .fd = has(flag::kFd),
+                                                   .bitRateSwitch = has(flag::kBitRateSwitch)}),
+                           m_rates.can, m_rates.canData);
         case Bus::Lin:
-            return (kLinHeaderBits + 10 * (count + 1)) / m_rates.lin;
+            return rv::linWireBits(bytes).nominal / m_rates.lin;
         case Bus::Ethernet:
-            return 8 * (count + kEthernetExtraBytes) / m_rates.ethernet;
+            return rv::ethernetWireBits(bytes).nominal / m_rates.ethernet;
         case Bus::FlexRay:
-            return 10 * (count + kFlexRayExtraBytes) / m_rates.flexray;
+            return rv::flexRayWireBits(bytes).nominal / m_rates.flexray;
         default:
             return 0;
     }

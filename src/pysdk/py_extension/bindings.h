@@ -15,6 +15,8 @@ void bindTransmit(pybind11::module_& m);
 void bindDatabaseFunctions(pybind11::module_& m);
 void bindDatabaseAdditions(pybind11::module_& m);  // at the end of the database functions
 void bindReceive(pybind11::module_& m);
+void bindBatches(pybind11::module_& m);
+void bindCounters(pybind11::module_& m);
 void bindChannelCalls(pybind11::module_& m);
 
 namespace scripts {

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "core/hardware/ReceiveCallback.h"
+#include "pysdk/py_extension/batch_collector.h"
 #include "pysdk/py_extension/frame_views.h"
 #include "pysdk/py_extension/record_objects.h"
 #include "pysdk/py_extension/recording.h"
@@ -12,7 +13,8 @@
 namespace scripts {
 
 // What delivery has done with the frames that reached it. At any quiet moment
-// in = out + dropped, held counting a frame whose callable runs.
+// in = out + dropped + held; held are the frame whose callable runs and those that wait for their
+// list.
 struct DeliveryCounters {
     uint64_t in = 0;
     uint64_t out = 0;  // frames for which at least one callable was called
@@ -27,6 +29,7 @@ struct DeliveryCounters {
 class FrameDelivery : public rv::FrameReceiver {
 public:
     void deliver(rv::FrameType type, rv::FrameHolder& frame, const rv::FrameInfo& info) override;
+    [[nodiscard]] bool passDone() override;
 
     [[nodiscard]] ScriptRegistries& registries() { return m_registries; }
     [[nodiscard]] FrameViews& views() { return m_views; }
@@ -41,13 +44,18 @@ public:
 private:
     void callScripts(const CallbackTargets& targets, rv::FrameType type, const rv::Frame& frame,
                      std::string_view name);
+    void handOver(PendingBatch& batch);
+    void callWithList(const PendingBatch& batch);
+    // Calls with a new reference, or reports the error that stands in for the argument.
+    void callAndReport(const ScriptCallback& callback, rv::FrameType type, PyObject* argument);
     void callOne(const ScriptCallback& callback, rv::FrameType type, const rv::Frame& frame,
                  std::string_view name);
 
     ScriptRegistries m_registries;
     FrameViews m_views;
     Recording m_recording;
-    RecordObjects m_objects;  // guarded by the interpreter lock
+    BatchCollector m_collector;  // used by the dispatch thread only
+    RecordObjects m_objects;     // guarded by the interpreter lock
     std::atomic<bool> m_closed{false};
     // Written by the dispatch thread only.
     std::atomic<uint64_t> m_in{0};

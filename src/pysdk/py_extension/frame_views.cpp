@@ -11,7 +11,9 @@ namespace {
 constexpr const char* kRecordingView = "recording";
 constexpr uint32_t kExtendedKey = 0x80000000U;
 
-std::string viewOf(const std::string& mac) { return "subscription " + mac; }
+std::string viewOf(const std::string& mac, FrameViews::Form form) {
+    return (form == FrameViews::Form::Single ? "subscription " : "list subscription ") + mac;
+}
 
 uint32_t nameKey(uint32_t id, bool extended) { return extended ? id | kExtendedKey : id; }
 
@@ -34,9 +36,9 @@ void addNames(const Frames& frames, ChannelDatabase& database) {
 
 FrameViews::FrameViews() { m_filters.addView(kRecordingView); }
 
-void FrameViews::setSubscriptionFilter(const std::string& mac, Bus bus, List list) {
-    m_filters.addView(viewOf(mac));
-    m_filters.setFilter(viewOf(mac), bus, std::move(list));
+void FrameViews::setSubscriptionFilter(const std::string& mac, Bus bus, Form form, List list) {
+    m_filters.addView(viewOf(mac, form));
+    m_filters.setFilter(viewOf(mac, form), bus, std::move(list));
     {
         const std::lock_guard lock(m_mutex);
         m_devices[mac] = true;
@@ -77,19 +79,22 @@ std::shared_ptr<Model::database::LDFFrame> FrameViews::linFrame(const std::strin
     return frame == database->second->linFrames.end() ? nullptr : frame->second;
 }
 
+FrameViews::BusReaders FrameViews::readersOf(const std::string& view) const {
+    return {m_filters.reader(view, Bus::Can), m_filters.reader(view, Bus::Lin)};
+}
+
 void FrameViews::refresh() {
     const uint64_t version = m_version.load(std::memory_order_acquire);
     const std::lock_guard lock(m_mutex);
     m_views.clear();
     for (const auto& [mac, used] : m_devices) {
         DeviceView& view = m_views[mac];
-        view.can = m_filters.reader(viewOf(mac), Bus::Can);
-        view.lin = m_filters.reader(viewOf(mac), Bus::Lin);
+        view.single = readersOf(viewOf(mac, Form::Single));
+        view.batch = readersOf(viewOf(mac, Form::Batch));
         const auto databases = m_databases.find(mac);
         if (databases != m_databases.end()) view.databases = databases->second;
     }
-    m_recordingCan = m_filters.reader(kRecordingView, Bus::Can);
-    m_recordingLin = m_filters.reader(kRecordingView, Bus::Lin);
+    m_recording = readersOf(kRecordingView);
     m_anything = version != 0;
     m_seenVersion = version;
 }
@@ -114,10 +119,11 @@ FrameView FrameViews::look(rv::FrameType type, const rv::Frame& frame, const std
             const auto name = names.find(nameKey(frame.id, subject.extended));
             if (name != names.end()) subject.name = name->second;
         }
-        view.delivered = (isCan ? device->second.can : device->second.lin).passes(subject);
+        view.delivered = device->second.single.passes(isCan, subject);
+        view.batched = device->second.batch.passes(isCan, subject);
     }
     view.name = subject.name;
-    view.recorded = (isCan ? m_recordingCan : m_recordingLin).passes(subject);
+    view.recorded = m_recording.passes(isCan, subject);
     return view;
 }
 

@@ -27,6 +27,7 @@ struct ChannelDatabase {
 struct FrameView {
     std::string_view name;  // of the database frame; empty when none is known
     bool delivered = true;  // passes the filter of the device's subscription
+    bool batched = true;    // passes the filter of the device's subscription of lists
     bool recorded = true;   // passes the filter of the recording
 };
 
@@ -39,8 +40,10 @@ public:
 
     FrameViews();
 
+    enum class Form { Single, Batch };  // of the subscription: frame by frame or in lists
+
     // A null list passes everything.
-    void setSubscriptionFilter(const std::string& mac, Bus bus, List list);
+    void setSubscriptionFilter(const std::string& mac, Bus bus, Form form, List list);
     void setRecordingFilters(List can, List lin);
 
     // A null database detaches the channel's.
@@ -60,12 +63,20 @@ private:
         std::map<int32_t, std::shared_ptr<const ChannelDatabase>> can;
         std::map<int32_t, std::shared_ptr<const ChannelDatabase>> lin;
     };
-    struct DeviceView {
+    struct BusReaders {
         rv::FilterReader can;
         rv::FilterReader lin;
+        [[nodiscard]] bool passes(bool isCan, const rv::FilterSubject& subject) {
+            return (isCan ? can : lin).passes(subject);
+        }
+    };
+    struct DeviceView {
+        BusReaders single;
+        BusReaders batch;
         Channels databases;
     };
     void refresh();
+    [[nodiscard]] BusReaders readersOf(const std::string& view) const;
     void changed() { m_version.fetch_add(1, std::memory_order_release); }
 
     std::atomic<uint64_t> m_version{0};
@@ -78,8 +89,7 @@ private:
     uint64_t m_seenVersion = 0;
     bool m_anything = false;
     std::map<std::string, DeviceView> m_views;
-    rv::FilterReader m_recordingCan;
-    rv::FilterReader m_recordingLin;
+    BusReaders m_recording;
 };
 
 // Loads a database for a channel: a LIN description by its suffix ".ldf", else a CAN database

@@ -72,6 +72,14 @@ public:
     [[nodiscard]] bool unsubscribeLin(const scripts::DeviceHandle& handle);
     [[nodiscard]] bool unsubscribeEth(const scripts::DeviceHandle& handle);
 
+    // Subscriptions whose callable takes lists; CAN and LIN. Unsubscribing leaves tracing on while
+    // the box has another subscription or a recording runs.
+    [[nodiscard]] bool subscribeBatch(const scripts::DeviceHandle& handle,
+                                      scripts::FrameViews::Bus bus,
+                                      std::shared_ptr<scripts::BatchSubscription> batch);
+    [[nodiscard]] bool unsubscribeBatch(const scripts::DeviceHandle& handle,
+                                        scripts::FrameViews::Bus bus);
+
     // A second start while a recording runs only tells of it. Raises ValueError when the file
     // cannot be made.
     void enableRecording(const std::string& path, std::vector<int32_t> channels, int64_t format);

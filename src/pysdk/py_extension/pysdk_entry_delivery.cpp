@@ -45,18 +45,33 @@ bool PySDKEntry::subscribeEth(const DeviceHandle& handle, ScriptCallback callbac
 }
 
 bool PySDKEntry::unsubscribeCan(const DeviceHandle& handle) {
-    m_delivery->registries().setCan(handle.deviceInfo.mac, {});
+    m_delivery->registries().removeCan(handle.deviceInfo.mac);
     return stopTracing(handle.deviceInfo.mac);
 }
 
 bool PySDKEntry::unsubscribeLin(const DeviceHandle& handle) {
-    m_delivery->registries().setLin(handle.deviceInfo.mac, {});
+    m_delivery->registries().removeLin(handle.deviceInfo.mac);
     return stopTracing(handle.deviceInfo.mac);
 }
 
 bool PySDKEntry::unsubscribeEth(const DeviceHandle& handle) {
-    m_delivery->registries().setEth(handle.deviceInfo.mac, {});
+    m_delivery->registries().removeEth(handle.deviceInfo.mac);
     return stopTracing(handle.deviceInfo.mac);
+}
+
+bool PySDKEntry::subscribeBatch(const DeviceHandle& handle, scripts::FrameViews::Bus bus,
+                                std::shared_ptr<scripts::BatchSubscription> batch) {
+    m_delivery->registries().setBatch(handle.deviceInfo.mac, bus, std::move(batch));
+    return startTracing(handle.deviceInfo.mac);
+}
+
+bool PySDKEntry::unsubscribeBatch(const DeviceHandle& handle, scripts::FrameViews::Bus bus) {
+    const std::string mac = handle.deviceInfo.mac;
+    m_delivery->registries().setBatch(mac, bus, nullptr);
+    if (m_delivery->registries().hasSubscription(mac) || m_delivery->recording().running()) {
+        return true;
+    }
+    return stopTracing(mac);
 }
 
 void PySDKEntry::enableRecording(const std::string& path, std::vector<int32_t> channels,

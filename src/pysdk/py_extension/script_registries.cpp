@@ -16,9 +16,9 @@ QByteArray borrowedKey(const std::string& mac) {
 }
 
 template <class Table>
-ScriptCallback find(const Table& table, const typename Table::key_type& key) {
+typename Table::mapped_type find(const Table& table, const typename Table::key_type& key) {
     const auto found = table.constFind(key);
-    return found == table.constEnd() ? ScriptCallback() : found.value();
+    return found == table.constEnd() ? typename Table::mapped_type() : found.value();
 }
 
 }  // namespace
@@ -29,17 +29,48 @@ void ScriptRegistries::replace(DeviceTable& table, const std::string& mac,
     std::swap(table[keyOf(mac)], callback);
 }
 
+void ScriptRegistries::setBatch(const std::string& mac, Bus bus,
+                                std::shared_ptr<BatchSubscription> batch) {
+    // The parameter outlives the lock, and with it the subscription that was there before.
+    const std::lock_guard lock(m_mutex);
+    BatchTable& table = bus == Bus::Can ? m_canBatches : m_linBatches;
+    std::shared_ptr<BatchSubscription>& place = table[keyOf(mac)];
+    std::swap(place, batch);
+    if (batch != nullptr) batch->ended = true;
+    if (place == nullptr) table.remove(keyOf(mac));
+}
+
+bool ScriptRegistries::hasSubscription(const std::string& mac) const {
+    const QByteArray key = borrowedKey(mac);
+    const std::lock_guard lock(m_mutex);
+    for (const DeviceTable* table : {&m_canByDevice, &m_linByDevice, &m_ethByDevice}) {
+        if (table->contains(key)) return true;
+    }
+    return m_canBatches.contains(key) || m_linBatches.contains(key);
+}
+
+ScriptCallback ScriptRegistries::take(DeviceTable& table, const std::string& mac) {
+    const std::lock_guard lock(m_mutex);
+    return table.take(borrowedKey(mac));
+}
+
 void ScriptRegistries::setCan(const std::string& mac, ScriptCallback callback) {
     replace(m_canByDevice, mac, callback);
 }
+
+void ScriptRegistries::removeCan(const std::string& mac) { (void)take(m_canByDevice, mac); }
 
 void ScriptRegistries::setLin(const std::string& mac, ScriptCallback callback) {
     replace(m_linByDevice, mac, callback);
 }
 
+void ScriptRegistries::removeLin(const std::string& mac) { (void)take(m_linByDevice, mac); }
+
 void ScriptRegistries::setEth(const std::string& mac, ScriptCallback callback) {
     replace(m_ethByDevice, mac, callback);
 }
+
+void ScriptRegistries::removeEth(const std::string& mac) { (void)take(m_ethByDevice, mac); }
 
 void ScriptRegistries::addId(uint32_t id, ScriptCallback callback) {
     const std::lock_guard lock(m_mutex);
@@ -68,6 +99,7 @@ CallbackTargets ScriptRegistries::targetsOf(rv::FrameType type, const rv::Frame&
     switch (type) {
         case rv::FrameType::Can: {
             targets.device = find(m_canByDevice, borrowedKey(deviceId));
+            if (!m_canBatches.isEmpty()) targets.batch = find(m_canBatches, borrowedKey(deviceId));
             if (m_idCounters.isEmpty()) break;
             const auto counter = m_idCounters.find(frame.id);
             if (counter == m_idCounters.end()) break;
@@ -77,6 +109,7 @@ CallbackTargets ScriptRegistries::targetsOf(rv::FrameType type, const rv::Frame&
         }
         case rv::FrameType::Lin:
             targets.device = find(m_linByDevice, borrowedKey(deviceId));
+            if (!m_linBatches.isEmpty()) targets.batch = find(m_linBatches, borrowedKey(deviceId));
             break;
         case rv::FrameType::Ethernet:
             targets.device = find(m_ethByDevice, borrowedKey(deviceId));
@@ -108,10 +141,16 @@ void ScriptRegistries::clear() {
     DeviceTable eth;
     DeviceTable lin;
     QHash<uint32_t, ScriptCallback> byId;
+    BatchTable canBatches;
+    BatchTable linBatches;
     const std::lock_guard lock(m_mutex);
     can.swap(m_canByDevice);
     eth.swap(m_ethByDevice);
     lin.swap(m_linByDevice);
+    for (const auto& batch : std::as_const(m_canBatches)) batch->ended = true;
+    for (const auto& batch : std::as_const(m_linBatches)) batch->ended = true;
+    canBatches.swap(m_canBatches);
+    linBatches.swap(m_linBatches);
     m_idCounters.clear();
     byId.swap(m_callbackById);
 }

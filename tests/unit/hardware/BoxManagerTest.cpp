@@ -106,6 +106,24 @@ TEST_F(VirtualBoxes, dropsALostBoxAndFindsItAgain) {
     ASSERT_EQ(manager->sendCanFrame(kBox, canFrame(2, {2})), BoxResult::Done);
     ASSERT_TRUE(second->waitFor(2));
     EXPECT_EQ(first->seen().size(), 2U);
+    // A lost box no longer tells its counters; what was read from it is known all the same.
+    const RoadCounters counters = manager->counters();
+    EXPECT_TRUE(counters.library.balanced());
+    EXPECT_EQ(counters.library.out, 4U);
+    EXPECT_EQ(counters.readers.in, 4U);
+}
+
+TEST_F(VirtualBoxes, countsWhatABoxDeliveredThatDoesNotTellItsCounters) {
+    ASSERT_TRUE(waitForBoxes(1));
+    simcore::failCalls("A", "get_trace_counters", kRvErrorRefused, -1);
+    auto collector = subscribe();
+    ASSERT_EQ(manager->sendCanFrame(kBox, canFrame(1, {1})), BoxResult::Done);
+    ASSERT_TRUE(collector->waitFor(2));
+    const RoadCounters silent = manager->counters();
+    EXPECT_TRUE(silent.library.balanced());
+    EXPECT_EQ(silent.library.out, 2U);
+    simcore::failCalls("A", "get_trace_counters", 0, 0);
+    EXPECT_EQ(manager->counters().library.out, 2U);
 }
 
 TEST_F(VirtualBoxes, answersACommandThatWaitsWhileItsBoxIsUnplugged) {

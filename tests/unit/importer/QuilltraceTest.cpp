@@ -121,6 +121,7 @@ TEST_F(Quilltrace, conversionThereAndBackKeepsEveryFrame) {
     EXPECT_NEAR(one["identifiers"][0]["cycleMs"].get<double>(), 10, 1e-6);
     const auto info = json("info " + path("one.qtrace"));
     EXPECT_EQ(info[0]["startNs"], json("info " + path("three.qtrace"))[0]["startNs"]);
+    EXPECT_FALSE(fs::exists(path("one.qtrace-journal"))) << "left behind";
     EXPECT_EQ(run("info " + path("one.qtrace")).status, 0);
     EXPECT_EQ(run("stats " + path("one.qtrace") + " --top 2").status, 0);
 }

@@ -24,6 +24,10 @@ private:
 #ifdef _WIN32
     void* m_mutex = nullptr;
 #else
+    enum class Attempt { Held, Busy, Failed };
+    [[nodiscard]] Attempt tryLock();
+
+    std::string m_path;
     int m_file = -1;
 #endif
     bool m_usable = false;

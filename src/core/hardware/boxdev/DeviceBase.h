@@ -28,6 +28,7 @@ public:
     }
     void setTraceSink(TraceSink sink) override { m_outlet.setSink(std::move(sink)); }
     [[nodiscard]] rv::HandOver readerCounters() const override { return m_outlet.counters(); }
+    [[nodiscard]] DeviceTraffic traffic() const override { return m_outlet.traffic(); }
     void markDisconnected() override { m_state = DeviceState::Disconnected; }
 
     [[nodiscard]] const BusStatusTable& busStatus() const { return m_busStatus; }

@@ -10,6 +10,7 @@
 #include "core/frame/Frame.h"
 #include "core/hardware/boxdev/CommandMessages.h"
 #include "core/hardware/boxdev/HandOverCounters.h"
+#include "core/hardware/boxdev/TrafficMeter.h"
 
 namespace RV::BoxDev {
 
@@ -46,6 +47,7 @@ public:
     virtual void setTraceSink(TraceSink sink) = 0;
     [[nodiscard]] virtual rv::HandOver libraryCounters() const = 0;
     [[nodiscard]] virtual rv::HandOver readerCounters() const = 0;
+    [[nodiscard]] virtual DeviceTraffic traffic() const = 0;
 
     // Opens the device in the library; false when it refuses. May be tried again.
     [[nodiscard]] virtual bool open() = 0;

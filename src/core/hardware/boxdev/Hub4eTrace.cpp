@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <vector>
 
 #include "core/hardware/boxdev/FrameConversion.h"
@@ -104,7 +105,17 @@ void Hub4e::noteLibraryCounters() const {
 
 rv::HandOver Hub4e::libraryCounters() const {
     noteLibraryCounters();
+    const uint64_t taken = m_outlet.counters().in;
     const std::lock_guard lock(m_countersMutex);
+    // A box that is gone or does not answer tells nothing new, but what the readers took from it
+    // since its last answer is known all the same.
+    if (taken > m_libraryCounters.out) {
+        const uint64_t more = taken - m_libraryCounters.out;
+        m_libraryCounters.out = taken;
+        m_libraryCounters.held -= std::min(m_libraryCounters.held, more);
+        m_libraryCounters.in =
+            m_libraryCounters.out + m_libraryCounters.held + m_libraryCounters.dropped;
+    }
     return m_libraryCounters;
 }
 

@@ -10,6 +10,12 @@ namespace RV::BoxDev {
 namespace {
 // Frames are held back 240 ms for sorting, so a poll every few ms delays nothing.
 constexpr std::chrono::milliseconds kIdlePoll{4};
+
+int64_t hostNowNs() {
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(
+               std::chrono::system_clock::now().time_since_epoch())
+        .count();
+}
 }  // namespace
 
 void TraceOutlet::setSink(TraceSink sink) {
@@ -19,6 +25,7 @@ void TraceOutlet::setSink(TraceSink sink) {
 
 void TraceOutlet::deliver(rv::FrameType type, std::vector<rv::FrameHolder>& batch) {
     m_in.fetch_add(batch.size(), std::memory_order_relaxed);
+    m_meter.note(batch, hostNowNs());
     size_t taken = 0;
     {
         const std::lock_guard lock(m_mutex);
@@ -37,6 +44,8 @@ rv::HandOver TraceOutlet::counters() const {
     result.held = result.in - result.out - result.dropped;
     return result;
 }
+
+DeviceTraffic TraceOutlet::traffic() const { return m_meter.read(hostNowNs()); }
 
 TraceReader::TraceReader(std::string threadName, Poll poll)
     : m_threadName(std::move(threadName)), m_poll(std::move(poll)) {}

@@ -19,6 +19,7 @@ public:
     // Hands a batch over; clears it. Frames that nobody takes are dropped and counted.
     void deliver(rv::FrameType type, std::vector<rv::FrameHolder>& batch);
     [[nodiscard]] rv::HandOver counters() const;
+    [[nodiscard]] DeviceTraffic traffic() const;
 
 private:
     std::mutex m_mutex;
@@ -26,6 +27,7 @@ private:
     std::atomic<uint64_t> m_in{0};
     std::atomic<uint64_t> m_out{0};
     std::atomic<uint64_t> m_dropped{0};
+    TrafficMeter m_meter;
 };
 
 // One reader thread: polls the device library until it is stopped.

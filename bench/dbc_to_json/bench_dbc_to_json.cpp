@@ -14,9 +14,9 @@
 #include <vector>
 
 #include "TableRow.h"
-#include "common/TextDecoding.h"
 #include "dbc/DbcJson.h"
 #include "dbc/DbcReader.h"
+#include "quill_textencoding/TextDecoding.h"
 
 namespace {
 
@@ -50,7 +50,7 @@ size_t readOnce(const std::string& text) {
 }
 
 size_t convertOnce(const std::string& bytes) {
-    const std::string text = dbjson::decodeText(bytes);
+    const std::string text = quill::text::decodeText(bytes);
     dbjson::Diagnostics diagnostics;
     const auto model = dbjson::dbc::readDbc(text, diagnostics);
     dbjson::JsonWriter json;
@@ -59,7 +59,7 @@ size_t convertOnce(const std::string& bytes) {
 }
 
 void benchInProcess(const std::string& name, const std::string& bytes, int rounds) {
-    const std::string text = dbjson::decodeText(bytes);
+    const std::string text = quill::text::decodeText(bytes);
     const int repeats = rounds == 1 ? 1 : static_cast<int>(2'000'000 / text.size()) + 1;
     size_t sink = 0;
     std::vector<double> read;

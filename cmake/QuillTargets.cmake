@@ -37,12 +37,3 @@ function(quill_add_bench name)
         QUILL_SOURCE_DIR="${PROJECT_SOURCE_DIR}" QUILL_BINARY_DIR="${PROJECT_BINARY_DIR}")
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bench)
 endfunction()
-
-# quill_add_fuzzer(NAME SOURCES ... LIBS ...): a libFuzzer program over one parser of foreign bytes.
-function(quill_add_fuzzer name)
-    cmake_parse_arguments(arg "" "" "SOURCES;LIBS" ${ARGN})
-    add_executable(${name} ${arg_SOURCES})
-    target_link_libraries(${name} PRIVATE ${arg_LIBS} quill::warnings)
-    target_link_options(${name} PRIVATE -fsanitize=fuzzer)
-    set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/fuzz)
-endfunction()

@@ -8,15 +8,15 @@ import QuillScriptsSDK as sdk
 
 
 def load(path):
-    """(code, database, frames, a frame's own signals)"""
+    """(code, database, frames)"""
     if path.lower().endswith(".ldf"):
-        code, database = sdk.loadLinLDF(path)
-        return code, database, list(database.frame)
+        code, lin = sdk.loadLinLDF(path)
+        return code, lin, list(lin.frame)
     if path.lower().endswith(".arxml"):
-        code, database = sdk.loadCanArxml(path)
-        return code, database, [f for c in database.clusters for f in c.dbcEntrys]
-    code, database = sdk.loadCanDBC(path)
-    return code, database, list(database.dbcEntrys)
+        code, system = sdk.loadCanArxml(path)
+        return code, system, [f for c in system.clusters for f in c.dbcEntrys]
+    code, can = sdk.loadCanDBC(path)
+    return code, can, list(can.dbcEntrys)
 
 
 def show_signals(signals, indent="    "):

@@ -45,6 +45,23 @@ def bench_floor(build, rounds):
         print(f"  delivery / bare loop: {statistics.median(ratios):.2f}")
 
 
+def bench_filter(build, rounds):
+    """What a filter of 1,000 identifiers and 100 ranges adds to a frame."""
+    sys.path.insert(0, str(build / "bench"))
+    import quill_bench_delivery as bench
+
+    print("filter of 1,000 identifiers and 100 ranges, all frames pass")
+    for name, callable_ in (("to a callable", trivial), ("without a callable", None)):
+        plain, filtered = [], []
+        for _ in range(2 * rounds):
+            plain.append(bench.deliver(callable_, 200_000, 8))
+            filtered.append(bench.deliver(callable_, 200_000, 8, filtered=True))
+        row(f"{name}, no filter", plain, "ns/frame")
+        row(f"{name}, filtered", filtered, "ns/frame")
+        more = statistics.median(b - a for a, b in zip(plain, filtered))
+        print(f"  {name}: {more:.1f} ns a frame more")
+
+
 def environment(build, appdata, network=None):
     env = dict(os.environ, PYTHONPATH=str(build / "python"), LocalAPPDATA=appdata)
     if network is not None:
@@ -132,6 +149,76 @@ def bench_end_to_end(build, appdata, peer, rounds):
         print(f"  QuillScriptsSDK / python-can: {statistics.median(ratios):.2f}")
 
 
+BUSY = r"""
+import sys, threading, time
+import QuillScriptsSDK as q
+form, busy, count = sys.argv[1], sys.argv[2] == "busy", int(sys.argv[3])
+handle = q.getDeviceList(q.DeviceType.All, 20000)[0]
+seen, first, last = 0, 0.0, 0.0
+done, stop = threading.Event(), False
+def take(number):
+    global seen, first, last
+    last = time.perf_counter()
+    if seen == 0:
+        first = last
+    seen += number
+    if seen >= count:
+        done.set()
+def compute():
+    number = 0
+    while not stop:
+        number = (number * 31 + 7) % 1000003
+thread = threading.Thread(target=compute)
+if busy:
+    thread.start()
+if form == "lists":
+    q.subscribeCanFrames(handle, lambda frames: take(len(frames)))
+else:
+    q.subscribeCanFrame(handle, lambda frame: take(1))
+done.wait(30)
+stop = True
+print(q.getCounters().backlogAgeUs / 1000, seen / (last - first))
+import os
+sys.stdout.flush()
+os._exit(0)
+"""
+
+
+def bench_busy(build, appdata, rounds):
+    """Beside a script thread that computes without pause."""
+    def network(period_ms, sources):
+        return {
+            "boxes": [{"name": "bench", "mac": "02:00:00:00:00:0A", "serial": "SN-1",
+                       "channels": {"can": ["bus"]}}],
+            "buses": {"bus": {"kind": "can"}},
+            "sources": [{"bus": "bus", "periodic": {"id": 0x120 + i, "data": [1] * 8,
+                                                    "period_ms": period_ms}}
+                        for i in range(sources)],
+        }
+
+    cases = [("lists, alone", "lists", "idle", 1_000_000, network(0, 1)),
+             ("lists, beside a busy thread", "lists", "busy", 1_000_000, network(0, 1)),
+             ("one by one, beside a busy thread", "single", "busy", 1_000_000, network(0, 1))]
+    rates = {case[0]: [] for case in cases}
+    for _ in range(rounds):
+        for name, form, busy, count, net in cases:
+            rates[name].append(frames_per_second(
+                [sys.executable, "-c", BUSY, form, busy, str(count)],
+                environment(build, appdata, net)))
+    print("unpaced virtual bus to callables that take lists")
+    for name, values in rates.items():
+        row(name, values, "frames/s")
+    print("100,000 frames/s offered, 5 s, beside a busy thread")
+    ages = []
+    for _ in range(rounds):
+        result = subprocess.run([sys.executable, "-c", BUSY, "lists", "busy", "500000"],
+                                env=environment(build, appdata, network(0.1, 10)), check=True,
+                                capture_output=True, text=True)
+        ages.append([float(value) for value in result.stdout.split()[-2:]])
+    row("delivered", [rate for _, rate in ages], "frames/s")
+    row("backlog at the end", [age for age, _ in ages], "ms")
+
+
 def bench_import(build, appdata, rounds):
     sides = {"pass": [], "import QuillScriptsSDK": []}
     for _ in range(3 * rounds):
@@ -152,14 +239,18 @@ def main():
     parser.add_argument("build", type=pathlib.Path)
     parser.add_argument("--rounds", type=int, default=5)
     parser.add_argument("--peer", default="/usr/bin/python3")
-    parser.add_argument("--only", choices=["floor", "road", "import"])
+    parser.add_argument("--only", choices=["floor", "filter", "road", "busy", "import"])
     options = parser.parse_args()
     build = options.build.resolve()
     if options.only in (None, "floor"):
         bench_floor(build, options.rounds)
+    if options.only in (None, "filter"):
+        bench_filter(build, options.rounds)
     with tempfile.TemporaryDirectory() as appdata:
         if options.only in (None, "road"):
             bench_end_to_end(build, appdata, options.peer, options.rounds)
+        if options.only in (None, "busy"):
+            bench_busy(build, appdata, min(options.rounds, 3))
         if options.only in (None, "import"):
             bench_import(build, appdata, options.rounds)
 

@@ -1,6 +1,6 @@
 #include <fmt/format.h>
+#include <libdeflate.h>
 #include <pcap/pcap.h>
-#include <zlib.h>
 
 #include <chrono>
 #include <cstdio>
@@ -70,6 +70,8 @@ double walkBlf(const std::string& path) {
                                                          std::fclose);
     std::vector<uint8_t> packed(1U << 20U);
     std::vector<uint8_t> content(1U << 20U);
+    const std::unique_ptr<libdeflate_decompressor, void (*)(libdeflate_decompressor*)> unpacker(
+        libdeflate_alloc_decompressor(), libdeflate_free_decompressor);
     (void)std::fread(packed.data(), 1, tf::kBlfFileHeaderSize, file.get());
     uint64_t objects = 0;
     uint64_t sum = 0;
@@ -80,9 +82,13 @@ double walkBlf(const std::string& path) {
         const size_t body = size - 32 + size % 4;
         if (packed.size() < body) packed.resize(body);
         if (std::fread(packed.data(), 1, body, file.get()) != body) break;
-        uLongf made = static_cast<uLongf>(content.size() - kept);
+        size_t made = 0;
         if (method == 2) {
-            uncompress(content.data() + kept, &made, packed.data(), size - 32);
+            if (libdeflate_zlib_decompress(unpacker.get(), packed.data(), size - 32,
+                                           content.data() + kept, content.size() - kept,
+                                           &made) != LIBDEFLATE_SUCCESS) {
+                break;
+            }
         } else {
             made = size - 32;
             std::copy_n(packed.data(), made, content.data() + kept);

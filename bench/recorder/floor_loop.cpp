@@ -1,6 +1,6 @@
 #include "recorder/floor_loop.h"
 
-#include <zlib.h>
+#include <libdeflate.h>
 
 #include <atomic>
 #include <cstdio>
@@ -55,26 +55,22 @@ void runShare(const std::vector<TrafficFrame>& traffic, bool fd, int level, std:
     const size_t perContainer = kContent / (fd ? 136 : 56);
     std::vector<uint8_t> content(kContent);
     std::vector<uint8_t> packed(kHeader + kContent + 64);
-    z_stream stream{};
-    if (deflateInit(&stream, level) != Z_OK) std::abort();
+    libdeflate_compressor* compressor = libdeflate_alloc_compressor(level);
+    if (compressor == nullptr) std::abort();
     while (true) {
         const size_t begin = next.fetch_add(perContainer);
         if (begin >= traffic.size()) break;
         const size_t end = std::min(begin + perContainer, traffic.size());
         size_t used = 0;
         for (size_t i = begin; i < end; ++i) used += layOut(traffic[i], fd, &content[used]);
-        deflateReset(&stream);
-        stream.next_in = content.data();
-        stream.avail_in = static_cast<uInt>(used);
-        stream.next_out = packed.data() + kHeader;
-        stream.avail_out = static_cast<uInt>(packed.size() - kHeader);
-        deflate(&stream, Z_FINISH);
-        const size_t size = packed.size() - stream.avail_out;
+        const size_t size =
+            kHeader + libdeflate_zlib_compress(compressor, content.data(), used,
+                                               packed.data() + kHeader, packed.size() - kHeader);
         std::memcpy(packed.data(), "LOBJ", 4);
         if (std::fwrite(packed.data(), 1, size, file) != size) std::abort();
         bytes += size;
     }
-    deflateEnd(&stream);
+    libdeflate_free_compressor(compressor);
 }
 
 }  // namespace

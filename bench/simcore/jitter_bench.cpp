@@ -139,6 +139,12 @@ int main(int argc, char** argv) {
         printShare();
         return 0;
     }
+    if (argc > 2 && std::strcmp(argv[1], "--bare") == 0) {
+        for (const int64_t late : bareLoop(std::atoi(argv[2]))) {
+            std::printf("%lld\n", static_cast<long long>(late));
+        }
+        return 0;
+    }
     const int rounds = quick ? 1 : 5;
     const int cycles = quick ? 200 : 4000;
     std::vector<std::vector<int64_t>> bare;

@@ -248,7 +248,7 @@ def test_the_signatures_that_scripts_know(sdk):
         "subscribeCanFrameById": "(id: int, "
                                  "callback: Callable[[QuillScriptsSDK.CANRawFrame], None]) -> None",
         "getCanFrameCountById": "(id: int) -> int",
-        "enableDataRecording": "(path: str, channels: List[int], format: int) -> None",
+        "enableDataRecording": "(path: str, channels: list[int], format: int) -> None",
     }
     for name, text in texts.items():
         line = getattr(sdk, name).__doc__.splitlines()[0]

@@ -28,8 +28,9 @@ bool AscSink::create(const std::string& utf8Path, uint64_t startNs, std::string&
 
 size_t AscSink::roomFor(const tf::TraceFrame& frame) const { return tf::ascLineRoom(frame); }
 
-uint8_t* AscSink::encode(const tf::TraceFrame& frame, uint8_t* out) const {
-    return reinterpret_cast<uint8_t*>(tf::writeAscLine(frame, reinterpret_cast<char*>(out)));
+size_t AscSink::encode(const tf::TraceFrame& frame, std::span<uint8_t> out) const {
+    char* begin = reinterpret_cast<char*>(out.data());
+    return static_cast<size_t>(tf::writeAscLine(frame, begin) - begin);
 }
 
 bool AscSink::write(const Block& block) {

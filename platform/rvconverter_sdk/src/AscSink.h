@@ -11,8 +11,8 @@ public:
     bool create(const std::string& utf8Path, uint64_t startNs, std::string& reason) override;
     size_t blockSize() const override { return size_t{256} * 1024; }
     size_t roomFor(const quill::traceformats::TraceFrame& frame) const override;
-    uint8_t* encode(const quill::traceformats::TraceFrame& frame, uint8_t* out) const override;
-    uint32_t objectsOf(const quill::traceformats::TraceFrame&) const override { return 1; }
+    size_t encode(const quill::traceformats::TraceFrame& frame,
+                  std::span<uint8_t> out) const override;
     std::vector<BlockPipeline::Pack> makePackers() const override { return {}; }
     void packPlain(Block&) const override {}
     bool write(const Block& block) override;

@@ -31,12 +31,10 @@ void BlfSink::setStart(uint64_t startNs) {
 
 size_t BlfSink::roomFor(const tf::TraceFrame& frame) const { return tf::blfObjectSize(frame); }
 
-uint8_t* BlfSink::encode(const tf::TraceFrame& frame, uint8_t* out) const {
-    tf::encodeBlfFrame(frame, out);
-    return out + tf::blfObjectSize(frame);
+size_t BlfSink::encode(const tf::TraceFrame& frame, std::span<uint8_t> out) const {
+    tf::encodeBlfFrame(frame, out.data());
+    return out.size();  // the room of an object is its size
 }
-
-uint32_t BlfSink::objectsOf(const tf::TraceFrame& frame) const { return tf::blfObjectsOf(frame); }
 
 std::vector<BlockPipeline::Pack> BlfSink::makePackers() const {
     std::vector<BlockPipeline::Pack> packers;

@@ -13,7 +13,7 @@ struct Block {
     std::vector<uint8_t> packed;  // form in the file, when the format packs
     size_t packedSize = 0;
     uint64_t frames = 0;
-    uint32_t objects = 0;  // events, loss markers included
+    uint32_t objects = 0;  // as the header of a BLF file counts them
     uint64_t startNs = 0;  // start of measurement, since the epoch
     uint64_t firstNs = 0;  // of the first and last event, since the start
     uint64_t lastNs = 0;

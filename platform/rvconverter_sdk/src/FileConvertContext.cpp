@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "quill_traceformats/blf_objects.h"
 #include "record_frame.h"
 
 namespace rv {
@@ -123,9 +124,8 @@ bool FileConvertContext::appendEvent(const Frame& frame) {
         m_block->content.resize(std::max(m_block->content.size(), m_sink->blockSize()));
     }
     if (m_block->content.size() < room) m_block->content.resize(room);
-    uint8_t* begin = m_block->content.data();
-    m_block->used = static_cast<size_t>(m_sink->encode(frame, begin + m_block->used) - begin);
-    m_block->objects += m_sink->objectsOf(frame);
+    m_block->used += m_sink->encode(frame, {m_block->content.data() + m_block->used, room});
+    m_block->objects += tf::blfObjectsOf(frame);
     m_block->lastNs = frame.timeNs;
     return true;
 }
@@ -173,9 +173,8 @@ bool FileConvertContext::writePendingLoss(uint64_t timeNs) {
         lossMarker(m_unwritten.frames, m_unwritten.firstNs, std::max(timeNs, m_unwritten.lastNs));
     Block block;
     block.content.resize(m_sink->roomFor(marker));
-    block.used =
-        static_cast<size_t>(m_sink->encode(marker, block.content.data()) - block.content.data());
-    block.objects = m_sink->objectsOf(marker);
+    block.used = m_sink->encode(marker, block.content);
+    block.objects = tf::blfObjectsOf(marker);
     block.startNs = m_unwrittenStartNs;
     block.lastNs = marker.timeNs;
     m_sink->packPlain(block);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -23,15 +24,13 @@ public:
     // Bytes at which a block is handed on.
     [[nodiscard]] virtual size_t blockSize() const = 0;
 
-    // Room that encode() needs at most for the frame; 0 when the format cannot hold it.
+    // Room that encode() takes at most for the frame; 0 when the format cannot hold it.
     [[nodiscard]] virtual size_t roomFor(const quill::traceformats::TraceFrame& frame) const = 0;
 
-    // Writes the event, its time since the start of measurement, and returns the end.
-    virtual uint8_t* encode(const quill::traceformats::TraceFrame& frame, uint8_t* out) const = 0;
-
-    // Objects that the format counts for the frame.
-    [[nodiscard]] virtual uint32_t objectsOf(
-        const quill::traceformats::TraceFrame& frame) const = 0;
+    // Writes the event, its time since the start of measurement, to the front of `out`, which has
+    // as many bytes as roomFor() said, and returns how many were written.
+    virtual size_t encode(const quill::traceformats::TraceFrame& frame,
+                          std::span<uint8_t> out) const = 0;
 
     // Packers for the threads of the pipeline.
     [[nodiscard]] virtual std::vector<BlockPipeline::Pack> makePackers() const = 0;

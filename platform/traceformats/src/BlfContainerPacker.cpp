@@ -1,6 +1,6 @@
 #include "quill_traceformats/BlfContainerPacker.h"
 
-#include <zlib.h>
+#include <libdeflate.h>
 
 #include <cstring>
 #include <new>
@@ -9,24 +9,14 @@
 
 namespace quill::traceformats {
 
-BlfContainerPacker::BlfContainerPacker(int level) : m_level(level) {
-    if (m_level == 0) return;
-    m_stream = std::make_unique<z_stream>();
-    if (deflateInit(m_stream.get(), m_level) != Z_OK) throw std::bad_alloc();
+BlfContainerPacker::BlfContainerPacker(int level) {
+    if (level == 0) return;
+    m_compressor.reset(libdeflate_alloc_compressor(level));
+    if (m_compressor == nullptr) throw std::bad_alloc();
 }
 
-BlfContainerPacker::~BlfContainerPacker() {
-    if (m_stream) deflateEnd(m_stream.get());
-}
-
-size_t BlfContainerPacker::deflateTo(std::span<const uint8_t> content, std::span<uint8_t> room) {
-    if (deflateReset(m_stream.get()) != Z_OK) return 0;
-    m_stream->next_in = const_cast<Bytef*>(content.data());  // zlib reads only
-    m_stream->avail_in = static_cast<uInt>(content.size());
-    m_stream->next_out = room.data();
-    m_stream->avail_out = static_cast<uInt>(room.size());
-    if (deflate(m_stream.get(), Z_FINISH) != Z_STREAM_END) return 0;
-    return room.size() - m_stream->avail_out;
+void BlfContainerPacker::Free::operator()(libdeflate_compressor* compressor) const {
+    libdeflate_free_compressor(compressor);
 }
 
 size_t BlfContainerPacker::pack(std::span<const uint8_t> content, std::vector<uint8_t>& out) {
@@ -34,7 +24,11 @@ size_t BlfContainerPacker::pack(std::span<const uint8_t> content, std::vector<ui
     const size_t needed = kBlfContainerHeaderSize + content.size() + kPadding;
     if (out.size() < needed) out.resize(needed);
     const std::span<uint8_t> room(out.data() + kBlfContainerHeaderSize, content.size());
-    size_t stored = m_stream ? deflateTo(content, room) : 0;
+    // 0 when the result would not fit.
+    size_t stored = m_compressor == nullptr
+                        ? 0
+                        : libdeflate_zlib_compress(m_compressor.get(), content.data(),
+                                                   content.size(), room.data(), room.size());
     BlfContainerHeader header;
     if (stored == 0) {
         header.method = kBlfMethodNone;

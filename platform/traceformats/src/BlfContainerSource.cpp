@@ -9,10 +9,13 @@ namespace quill::traceformats {
 namespace {
 constexpr uint16_t kStored = 0;
 constexpr uint16_t kDeflated = 2;
+constexpr uint32_t kLargestWhole = 16U << 20U;  // of a container; common are 128 KiB
 }  // namespace
 
 BlfContainerSource::BlfContainerSource(ByteSource& file, DamageLog& damage)
-    : m_file(file), m_damage(damage) {
+    : m_file(file),
+      m_damage(damage),
+      m_whole(libdeflate_alloc_decompressor(), &libdeflate_free_decompressor) {
     m_zlibReady = inflateInit(&m_zlib) == Z_OK;
 }
 
@@ -35,6 +38,9 @@ size_t BlfContainerSource::read(uint8_t* target, size_t room) {
                 break;
             case State::Copying:
                 done += copySome(target + done, room - done);
+                break;
+            case State::Unpacked:
+                done += takeUnpacked(target + done, room - done);
                 break;
             case State::Inflating:
                 done += inflateSome(target + done, room - done);
@@ -78,6 +84,7 @@ void BlfContainerSource::openContainer(std::span<const uint8_t> head, uint32_t o
         return findNextObject("container is smaller than its header");
     }
     const uint16_t method = bytes::little16(head.data() + 16);
+    const uint32_t declaredSize = bytes::little32(head.data() + 24);
     if (method != kStored && method != kDeflated) {
         return findNextObject("container is packed in an unknown way");
     }
@@ -85,10 +92,42 @@ void BlfContainerSource::openContainer(std::span<const uint8_t> head, uint32_t o
     m_remaining = objectSize - blfscan::kContainerHead;
     if (m_remaining == 0) return;  // the last container of a file may be empty
     m_state = State::Copying;
-    if (method == kDeflated) {
-        m_state = State::Inflating;
-        inflateReset(&m_zlib);
+    if (method != kDeflated || unpackWhole(declaredSize)) return;
+    m_state = State::Inflating;
+    inflateReset(&m_zlib);
+}
+
+// False, with nothing used, when the container is unusually large or not what its header says.
+bool BlfContainerSource::unpackWhole(uint32_t declaredSize) {
+    if (m_whole == nullptr || m_remaining > kLargestWhole || declaredSize > kLargestWhole) {
+        return false;
     }
+    const auto bytes = m_file.ahead(static_cast<size_t>(m_remaining));
+    const auto offered = static_cast<size_t>(std::min<uint64_t>(bytes.size(), m_remaining));
+    if (m_contentRoom < declaredSize) {
+        m_content = std::make_unique_for_overwrite<uint8_t[]>(declaredSize);
+        m_contentRoom = declaredSize;
+    }
+    size_t used = 0;
+    size_t made = 0;
+    if (libdeflate_zlib_decompress_ex(m_whole.get(), bytes.data(), offered, m_content.get(),
+                                      declaredSize, &used, &made) != LIBDEFLATE_SUCCESS) {
+        return false;
+    }
+    (void)m_file.skip(used);
+    m_remaining -= used;
+    m_contentUsed = 0;
+    m_contentEnd = made;
+    m_state = State::Unpacked;
+    return true;
+}
+
+size_t BlfContainerSource::takeUnpacked(uint8_t* target, size_t room) {
+    const size_t count = std::min(room, m_contentEnd - m_contentUsed);
+    if (count > 0) std::memcpy(target, m_content.get() + m_contentUsed, count);
+    m_contentUsed += count;
+    if (m_contentUsed == m_contentEnd) endOfCompressed();
+    return count;
 }
 
 void BlfContainerSource::openObject(uint32_t objectSize) {

@@ -102,6 +102,7 @@ bool decodeLin(const BlfObjectHeader& header, Bytes body, TraceFrame& frame) {
     frame.channel = loadU16(&body[Layout::kChannel]);
     frame.id = body[Layout::kId] & 0x3FU;
     frame.data = cut(body, Layout::kData, std::min<size_t>(body[Layout::kLength], 8));
+    frame.dlc = static_cast<uint8_t>(frame.data.size());
     if (header.objectVersion >= 1 && body[Layout::kChecksumModel] == 1) {
         frame.flags |= kLinEnhancedChecksum;
     }

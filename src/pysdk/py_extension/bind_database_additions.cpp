@@ -26,7 +26,7 @@ double decodeOne(const Signal& signal, const SignalBytes& data) {
 }
 
 template <class Signal>
-py::list encodeOne(const Signal& signal, SignalBytes data, double value) {
+IntList encodeOne(const Signal& signal, SignalBytes data, double value) {
     const auto status = db::encodeSignalPhysical(signal, data.value, value);
     if (status != Model::codec::EncodeStatus::Ok) {
         throw py::value_error("signal '" + signal.name + "', value " + std::to_string(value) +
@@ -63,12 +63,12 @@ void setItem(PyObject* dict, const std::string& name, PyObject* value) {
 }
 
 template <class Frame>
-py::dict decodeAll(const Frame& frame, py::handle data) {
+SignalValues decodeAll(const Frame& frame, const PayloadArgument& data) {
     // Kept between calls; the interpreter lock guards it.
     static std::vector<db::DecodedSignal> decoded;
     const PayloadView payload(data);
     db::decodeFrame(frame, payload.bytes(), decoded);
-    py::dict result;
+    SignalValues result;
     for (const db::DecodedSignal& signal : decoded) {
         PyObject* value = signal.text != nullptr ? PyUnicode_FromStringAndSize(
                                                        signal.text->data(),
@@ -80,14 +80,14 @@ py::dict decodeAll(const Frame& frame, py::handle data) {
 }
 
 template <class Database>
-auto findIn(const Database& database, const py::object& key, std::optional<bool> extended) {
+auto findIn(const Database& database, const FrameKey& key, std::optional<bool> extended) {
     if (py::isinstance<py::str>(key)) {
         return db::findFrame(database, key.cast<std::string>(), extended);
     }
     return db::findFrame(database, readSigned(key, "key", 0, 0x1FFFFFFF), extended);
 }
 
-std::shared_ptr<db::LDFFrame> findInLdf(const LinLdfDatabaseItem& database, const py::object& key) {
+std::shared_ptr<db::LDFFrame> findInLdf(const LinLdfDatabaseItem& database, const FrameKey& key) {
     const bool byName = py::isinstance<py::str>(key);
     const std::string name = byName ? key.cast<std::string>() : std::string();
     const int64_t id = byName ? 0 : readSigned(key, "key", 0, 63);
@@ -100,19 +100,43 @@ std::shared_ptr<db::LDFFrame> findInLdf(const LinLdfDatabaseItem& database, cons
 template <class Signal>
 void addSignalCalls(py::module_& m) {
     m.def("decodeSignalPhysical", &decodeOne<Signal>, py::arg("signal"), py::arg("data"),
-          "Physical value of one signal: sign, float, factor and offset count.\n\n"
-          "Raises:\n    ValueError: the signal does not lie within the data.");
+          R"(Physical value of one signal: sign, float, factor and offset count.
+
+Args:
+    signal: record of a loaded database.
+    data: payload bytes.
+
+Raises:
+    ValueError: the signal does not lie within the data.)");
     m.def("encodeSignalPhysical", &encodeOne<Signal>, py::arg("signal"), py::arg("data"),
           py::arg("value"),
-          "New data bytes with one signal set to a physical value; other bits stay.\n\n"
-          "Raises:\n    ValueError: the value does not fit the signal or its limits.");
+          R"(New payload bytes with one signal set to a physical value; other bits stay.
+
+Args:
+    signal: record of a loaded database.
+    data: payload bytes; they are not changed.
+    value: physical value; the nearest raw value is written.
+
+Returns:
+    list of ints, as long as data.
+
+Raises:
+    ValueError: the value does not fit the signal or its limits, or the signal the data.)");
 }
 
 template <class Frame>
 void addFrameCall(py::module_& m) {
-    m.def("decodeFrame", &decodeAll<Frame>, py::arg("frame"), py::arg("data"),
-          "All signals of a frame that its multiplexors select, as a dict of name to value-table "
-          "text or, without one, physical value.");
+    m.def(
+        "decodeFrame", &decodeAll<Frame>, py::arg("frame"), py::arg("data"),
+        R"(Decode all signals of a frame that lie within the data and that its multiplexors select.
+
+Args:
+    frame: record of a loaded database.
+    data: payload bytes, up to 4096.
+
+Returns:
+    dict of signal name to value-table text or, without one, physical value; in the order of the
+    file.)");
 }
 
 }  // namespace
@@ -126,12 +150,28 @@ void bindDatabaseAdditions(py::module_& m) {
     scripts::addFrameCall<CanDBCEntry>(m);
     scripts::addFrameCall<CanFdDBCEntry>(m);
     scripts::addFrameCall<LDFFrame>(m);
-    const char* doc =
-        "Frame of a loaded database by name or identifier, extended frames too; None when there "
-        "is none. `extended` restricts the search to one of the two kinds.";
+    const char* doc = R"(Frame of a loaded database by name or identifier.
+
+Args:
+    database: what a load call returned.
+    key: the exact name or the identifier.
+    extended: True for frames with 29-bit identifiers only, False for those with 11-bit ones only.
+
+Returns:
+    The first such frame, or None.
+
+Raises:
+    ValueError: the identifier is out of range.)";
+    const char* ldfDoc = R"(Frame of a loaded LDF database by name or identifier, 0 to 63.
+
+Returns:
+    The first such frame, or None.
+
+Raises:
+    ValueError: the identifier is out of range.)";
     m.def("findFrame", &scripts::findIn<CanDbcDatabase>, py::arg("database"), py::arg("key"),
           py::arg("extended") = py::none(), doc);
     m.def("findFrame", &scripts::findIn<CanArxmlDatabase>, py::arg("database"), py::arg("key"),
           py::arg("extended") = py::none(), doc);
-    m.def("findFrame", &scripts::findInLdf, py::arg("database"), py::arg("key"), doc);
+    m.def("findFrame", &scripts::findInLdf, py::arg("database"), py::arg("key"), ldfDoc);
 }

@@ -30,7 +30,7 @@ void setUpConverters() {
 namespace {
 
 namespace db = Model::database;
-using Bytes = std::vector<uint8_t>;
+using Bytes = ListOf<uint8_t>;
 
 Bytes rawValueToByte(Bytes data, uint64_t rawValue, bool isBigEndian, uint32_t startBit,
                      uint32_t bitLength) {
@@ -40,7 +40,7 @@ Bytes rawValueToByte(Bytes data, uint64_t rawValue, bool isBigEndian, uint32_t s
     return data;
 }
 
-py::object toObject(const db::DecodedValue& value) {
+SignalValue toObject(const db::DecodedValue& value) {
     if (const auto* number = std::get_if<double>(&value)) return py::float_(*number);
     if (const auto* text = std::get_if<std::string>(&value)) return py::str(*text);
     return py::none();
@@ -73,136 +73,210 @@ int setFrameSignal(CANRawFrame& frame, Setter setter) {
 void addCodec(py::module_& m) {
     m.def("rawValueToByte", &rawValueToByte, py::arg("data"), py::arg("rawValue"),
           py::arg("isBigEndian"), py::arg("startBit"), py::arg("bitLength"),
-          "Write a raw value into payload bytes and return the new bytes.");
+          R"(Write a raw value into payload bytes and return the new bytes.
+
+Args:
+    data: payload, ints 0 to 255; the list is not changed.
+    rawValue: 0 to 2**64 - 1.
+    isBigEndian: True for Motorola byte order.
+    startBit: 8 x byte + bit of the least significant bit, for both byte orders.
+    bitLength: number of bits.
+
+Returns:
+    list of ints, as long as data; unchanged when the signal does not lie within it.)");
     m.def(
         "parseSignalValue",
         [](const Bytes& data, bool isBigEndian, uint32_t startBit, uint32_t bitLength) {
             return Model::codec::parseSignalValue(data, isBigEndian, startBit, bitLength);
         },
         py::arg("data"), py::arg("isBigEndian"), py::arg("startBit"), py::arg("bitLength"),
-        "Raw value of a signal in payload bytes; 0xFFFFFFFFFFFFFFFF when it does not fit.");
+        R"(Raw value of a signal in payload bytes, unsigned.
+
+Arguments are those of rawValueToByte.
+
+Returns:
+    int; 0xFFFFFFFFFFFFFFFF when the signal does not lie within the data.)");
+}
+
+// Texts that the calls for DBC and for ARXML files share.
+constexpr const char* kContentsText =
+    R"(Text of a database file; what is not UTF-8 is taken for Windows-1252.
+
+Returns:
+    (code, text): code 0 done, 1 the file cannot be loaded; the log gives the reason.)";
+
+constexpr const char* kByNameText =
+    R"(Frame of a database file by name; 29-bit ones are not found, see findFrame.
+
+Args:
+    path: database file, loaded anew by every call.
+    name: the exact name.
+
+Returns:
+    (code, frame): code 0 done, 1 the file cannot be loaded, 2 no such frame; the log gives the
+    reason. With another code than 0 the frame is an empty one.)";
+
+constexpr const char* kByIdText =
+    R"(Frame of a database file by identifier; 29-bit ones are not found, see findFrame.
+
+Args:
+    path: database file, loaded anew by every call.
+    id: 11-bit identifier.
+
+Returns:
+    (code, frame): code 0 done, 1 the file cannot be loaded, 2 no such frame; the log gives the
+    reason. With another code than 0 the frame is an empty one.)";
+
+constexpr const char* kDecodeText =
+    R"(Decode one signal: the unsigned raw value x factor + offset.
+
+See decodeSignalPhysical for signed and float signals.
+
+Args:
+    data: payload, ints 0 to 255.
+    path: database file, loaded anew by every call.
+    frameName, signalName: names in that file.
+
+Returns:
+    (code, value): code 0 done, 1 the file cannot be loaded, 2 no such frame or signal; the log
+    gives the reason. The value is the value table's text or, without one, a float; None with
+    another code than 0.)";
+
+constexpr const char* kDecodeLinText =
+    R"(Decode one signal of an LDF file: the unsigned raw value, unscaled.
+
+See decodeSignalPhysical for scaled values.
+
+Args:
+    data: payload, ints 0 to 255.
+    path: LDF file, loaded anew by every call.
+    frameName, signalName: names in that file.
+
+Returns:
+    (code, value): as getCanSignalValueFromDBC.)";
+
+constexpr const char* kWriteText =
+    R"(Write a value into a frame's signal as the unscaled raw value.
+
+Neither factor nor limits count; see encodeSignalPhysical.
+
+Args:
+    frame: its data is changed in place.
+    path: database file, loaded anew by every call.
+    frameName, signalName: names in that file.
+    value: raw value; its fraction is cut off.
+
+Returns:
+    int: 0 done, 1 the file cannot be loaded, 2 no such frame or signal.
+
+Raises:
+    IndexError: the signal reaches beyond 64 bytes.)";
+
+// A function that takes a database file and answers with a code and what `load` makes of it.
+template <class Load>
+void addLoad(py::module_& m, const char* name, Load load, const char* doc) {
+    m.def(
+        name,
+        [load](const std::string& path) {
+            auto result = runQuery([&] { return load(path); });
+            return toPair(result.code, std::move(result.value));
+        },
+        py::arg("path"), doc);
 }
 
 void addLoads(py::module_& m) {
-    m.def(
-        "readCanDBCContents",
-        [](const std::string& path) {
-            auto result = runQuery([&] { return db::readCanDBCContents(path); });
-            return toPair(result.code, std::move(result.value));
-        },
-        py::arg("path"), "Text of a DBC file: (code, text).");
-    m.def(
-        "readCanArxmlContents",
-        [](const std::string& path) {
-            auto result = runQuery([&] { return db::readCanArxmlContents(path); });
-            return toPair(result.code, std::move(result.value));
-        },
-        py::arg("path"), "Text of an ARXML file: (code, text).");
-    m.def(
-        "loadCanDBC",
-        [](const std::string& path) {
-            auto result = runQuery([&] { return db::loadCanDBC(path); });
-            return toPair(result.code, std::move(result.value));
-        },
-        py::arg("path"), "Load a DBC file: (code, CanDbcDatabase).");
-    m.def(
-        "loadCanArxml",
-        [](const std::string& path) {
-            auto result = runQuery([&] { return db::loadCanArxml(path); });
-            return toPair(result.code, std::move(result.value));
-        },
-        py::arg("path"), "Load an ARXML file: (code, CanArxmlDatabase).");
+    addLoad(m, "readCanDBCContents", &db::readCanDBCContents, kContentsText);
+    addLoad(m, "readCanArxmlContents", &db::readCanArxmlContents, kContentsText);
+    addLoad(m, "loadCanDBC", &db::loadCanDBC, R"(Load a DBC file.
+
+Returns:
+    (code, CanDbcDatabase): code 0 done, 1 the file cannot be loaded; the log gives the reason.)");
+    addLoad(m, "loadCanArxml", &db::loadCanArxml, R"(Load an ARXML file.
+
+Returns:
+    (code, CanArxmlDatabase): code 0 done, 1 the file cannot be loaded; the log gives the reason.)");
     m.def(
         "loadLinLDF",
         [](const std::string& path) {
             const auto result = runQuery([&] { return db::loadLinLDF(path); });
             return toPair(result.code, toScriptDatabase(*result.value));
         },
-        py::arg("path"), "Load an LDF file: (code, LinLdfDatabaseItem).");
+        py::arg("path"), R"(Load an LDF file.
+
+Returns:
+    (code, LinLdfDatabaseItem): code 0 done, 1 the file cannot be loaded; the log gives the
+    reason.)");
     m.def(
         "getScheduleTableFromLDF",
         [](const std::string& path) {
             const auto result = runQuery([&] { return db::getScheduleTableFromLDF(path); });
-            return toPair(result.code, toScriptTables(result.value));
+            return toPair(result.code, ListOf<LinScheduleTable>(toScriptTables(result.value)));
         },
-        py::arg("path"), "Schedule tables of an LDF file: (code, list of LinScheduleTable).");
+        py::arg("path"), R"(Schedule tables of an LDF file, ready to be started on channel 0.
+
+Returns:
+    (code, list of LinScheduleTable): code 0 done, 1 the file cannot be loaded or has no tables;
+    the log gives the reason.)");
 }
 
-void addDbcQueries(py::module_& m) {
+template <class Query>
+void addByName(py::module_& m, const char* name, Query query) {
     m.def(
-        "getCanFrameByNameFromDBC",
-        [](const std::string& path, const std::string& name) {
-            auto result = runQuery([&] { return db::getCanFrameByNameFromDBC(path, name); });
+        name,
+        [query](const std::string& path, const std::string& frame) {
+            auto result = runQuery([&] { return query(path, frame); });
             return toPair(result.code, std::move(result.value));
         },
-        py::arg("path"), py::arg("name"), "Frame of a DBC file by name: (code, CanDBCEntry).");
+        py::arg("path"), py::arg("name"), kByNameText);
+}
+
+template <class Query>
+void addById(py::module_& m, const char* name, Query query) {
     m.def(
-        "getCanFrameByIdFromDBC",
-        [](const std::string& path, int64_t id) {
-            auto result = runQuery([&] { return db::getCanFrameByIdFromDBC(path, id); });
+        name,
+        [query](const std::string& path, int64_t id) {
+            auto result = runQuery([&] { return query(path, id); });
             return toPair(result.code, std::move(result.value));
         },
-        py::arg("path"), py::arg("id"), "Frame of a DBC file by identifier: (code, CanDBCEntry).");
+        py::arg("path"), py::arg("id"), kByIdText);
+}
+
+template <class Query>
+void addDecode(py::module_& m, const char* name, Query query, const char* doc) {
     m.def(
-        "getCanSignalValueFromDBC",
-        [](const Bytes& data, const std::string& path, const std::string& frame,
-           const std::string& signal) {
-            const auto result =
-                runQuery([&] { return db::getCanSignalValueFromDBC(data, path, frame, signal); });
+        name,
+        [query](const Bytes& data, const std::string& path, const std::string& frame,
+                const std::string& signal) {
+            const auto result = runQuery([&] { return query(data, path, frame, signal); });
             return toPair(result.code, toObject(result.value));
         },
-        py::arg("data"), py::arg("path"), py::arg("frameName"), py::arg("signalName"),
-        "Decode one signal: (code, number or value-table text).");
+        py::arg("data"), py::arg("path"), py::arg("frameName"), py::arg("signalName"), doc);
+}
+
+template <class Query>
+void addWrite(py::module_& m, const char* name, Query query) {
     m.def(
-        "setCanFrameBySignalFromDBC",
-        [](CANRawFrame& frame, const std::string& path, const std::string& frameName,
-           const std::string& signalName, double value) {
+        name,
+        [query](CANRawFrame& frame, const std::string& path, const std::string& frameName,
+                const std::string& signalName, double value) {
             return setFrameSignal(frame, [&](Bytes& data, std::ostream& out) {
-                return db::setCanFrameBySignalFromDBC(data, path, frameName, signalName, value,
-                                                      out);
+                return query(data, path, frameName, signalName, value, out);
             });
         },
         py::arg("frame"), py::arg("path"), py::arg("frameName"), py::arg("signalName"),
-        py::arg("value"), "Write a raw value into a frame's signal; the code as an int.");
+        py::arg("value"), kWriteText);
 }
 
-void addArxmlQueries(py::module_& m) {
-    m.def(
-        "getCanFrameByNameFromArxml",
-        [](const std::string& path, const std::string& name) {
-            auto result = runQuery([&] { return db::getCanFrameByNameFromArxml(path, name); });
-            return toPair(result.code, std::move(result.value));
-        },
-        py::arg("path"), py::arg("name"), "Frame of an ARXML file by name: (code, CanFdDBCEntry).");
-    m.def(
-        "getCanFrameByIdFromArxml",
-        [](const std::string& path, int64_t id) {
-            auto result = runQuery([&] { return db::getCanFrameByIdFromArxml(path, id); });
-            return toPair(result.code, std::move(result.value));
-        },
-        py::arg("path"), py::arg("id"),
-        "Frame of an ARXML file by identifier: (code, CanFdDBCEntry).");
-    m.def(
-        "getCanSignalValueFromArxml",
-        [](const Bytes& data, const std::string& path, const std::string& frame,
-           const std::string& signal) {
-            const auto result =
-                runQuery([&] { return db::getCanSignalValueFromArxml(data, path, frame, signal); });
-            return toPair(result.code, toObject(result.value));
-        },
-        py::arg("data"), py::arg("path"), py::arg("frameName"), py::arg("signalName"),
-        "Decode one signal: (code, number or value-table text).");
-    m.def(
-        "setCanFrameBySignalFromArxml",
-        [](CANRawFrame& frame, const std::string& path, const std::string& frameName,
-           const std::string& signalName, double value) {
-            return setFrameSignal(frame, [&](Bytes& data, std::ostream& out) {
-                return db::setCanFrameBySignalFromArxml(data, path, frameName, signalName, value,
-                                                        out);
-            });
-        },
-        py::arg("frame"), py::arg("path"), py::arg("frameName"), py::arg("signalName"),
-        py::arg("value"), "Write a raw value into a frame's signal; the code as an int.");
+void addQueries(py::module_& m) {
+    addByName(m, "getCanFrameByNameFromDBC", &db::getCanFrameByNameFromDBC);
+    addById(m, "getCanFrameByIdFromDBC", &db::getCanFrameByIdFromDBC);
+    addDecode(m, "getCanSignalValueFromDBC", &db::getCanSignalValueFromDBC, kDecodeText);
+    addWrite(m, "setCanFrameBySignalFromDBC", &db::setCanFrameBySignalFromDBC);
+    addByName(m, "getCanFrameByNameFromArxml", &db::getCanFrameByNameFromArxml);
+    addById(m, "getCanFrameByIdFromArxml", &db::getCanFrameByIdFromArxml);
+    addDecode(m, "getCanSignalValueFromArxml", &db::getCanSignalValueFromArxml, kDecodeText);
+    addWrite(m, "setCanFrameBySignalFromArxml", &db::setCanFrameBySignalFromArxml);
+    addDecode(m, "getLinSignalValueFromLDF", &db::getLinSignalValueFromLDF, kDecodeLinText);
 }
 
 }  // namespace
@@ -212,18 +286,6 @@ void bindDatabaseFunctions(py::module_& m) {
     scripts::setUpConverters();
     scripts::addCodec(m);
     scripts::addLoads(m);
-    scripts::addDbcQueries(m);
-    scripts::addArxmlQueries(m);
-    m.def(
-        "getLinSignalValueFromLDF",
-        [](const std::vector<uint8_t>& data, const std::string& path, const std::string& frame,
-           const std::string& signal) {
-            const auto result = scripts::runQuery([&] {
-                return Model::database::getLinSignalValueFromLDF(data, path, frame, signal);
-            });
-            return scripts::toPair(result.code, scripts::toObject(result.value));
-        },
-        py::arg("data"), py::arg("path"), py::arg("frameName"), py::arg("signalName"),
-        "Decode one LIN signal: (code, unscaled number or value-table text).");
+    scripts::addQueries(m);
     bindDatabaseAdditions(m);
 }

@@ -38,18 +38,21 @@ using EthSettings = rv::EthChannelSettings;
 // NOLINTEND(bugprone-macro-parentheses)
 void bindDeviceType(py::module_& m) {
     py::enum_<DeviceType>(m, "DeviceType", py::arithmetic(), "Kind of box.")
-        .value("All", All)
-        .value("RV_Hub4e", RV_Hub4e);
+        .value("All", All, "Every box.")
+        .value("RV_Hub4e", RV_Hub4e, "The one box model, so the same as All.");
 }
 
 void bindDipData(py::module_& m) {
     py::class_<DipData> type(m, "DipData", "State of a box's DIP switches.");
     type.def(py::init<>())
         .def(makeFromKeywords<DipData>())
-        .def_property(QUILL_LIMITED(DipData, program, uint8_t, 0, 255), "Program switch.")
-        .def_property(QUILL_LIMITED(DipData, sel2, uint8_t, 0, 255), "Selection switch 2.")
-        .def_property(QUILL_LIMITED(DipData, sel1, uint8_t, 0, 255), "Selection switch 1.")
-        .def_property(QUILL_LIMITED(DipData, sel0, uint8_t, 0, 255), "Selection switch 0.")
+        .def_property(QUILL_LIMITED(DipData, program, uint8_t, 0, 255), "Program switch, 0 to 255.")
+        .def_property(QUILL_LIMITED(DipData, sel2, uint8_t, 0, 255),
+                      "Selection switch 2, 0 to 255.")
+        .def_property(QUILL_LIMITED(DipData, sel1, uint8_t, 0, 255),
+                      "Selection switch 1, 0 to 255.")
+        .def_property(QUILL_LIMITED(DipData, sel0, uint8_t, 0, 255),
+                      "Selection switch 0, 0 to 255.")
         .def("__repr__", [](const DipData& self) { return toText(self); });
     addEquality(type);
     addCopies(type);
@@ -62,9 +65,12 @@ void bindDeviceInfo(py::module_& m) {
     py::class_<Info> type(m, "RVBoxDeviceInfo", "Identity of one box.");
     type.def(py::init<>())
         .def(makeFromKeywords<Info>())
-        .def_property(QUILL_LIMITED(Info, com, int32_t, kMin, kMax), "As the box reports it.")
-        .def_readwrite("mac", &Info::mac, "MAC address text; addresses the box.")
-        .def_readwrite("model", &Info::model, "Model text.")
+        .def_property(QUILL_LIMITED(Info, com, int32_t, kMin, kMax),
+                      "Number as the box reports it.")
+        .def_readwrite("mac", &Info::mac,
+                       "MAC address, which calls find the box by: six pairs of hexadecimal digits "
+                       "separated by colons or hyphens.")
+        .def_readwrite("model", &Info::model, "Name of the model.")
         .def_readwrite("networkCard", &Info::networkCard,
                        "Host network interface through which the box was found.")
         .def_readwrite("sn", &Info::sn, "Serial number.")
@@ -79,9 +85,10 @@ void bindCanSettings(py::module_& m) {
                                                                "Settings of one CAN channel.");
     type.def(py::init<>())
         .def(makeFromKeywords<CanSettings>())
-        .def_property(QUILL_LIMITED(CanSettings, channel, int32_t, 0, 255), "Counted from 0.")
-        .def_readwrite("enabled", &CanSettings::enabled, "Channel takes part in traffic.")
-        .def_readwrite("fd", &CanSettings::fd, "CAN FD frames are allowed.")
+        .def_property(QUILL_LIMITED(CanSettings, channel, int32_t, 0, 255),
+                      "Channel of the box, counted from 0.")
+        .def_readwrite("enabled", &CanSettings::enabled, "True: the channel takes part in traffic.")
+        .def_readwrite("fd", &CanSettings::fd, "True: CAN FD frames are allowed.")
         .def_property(QUILL_LIMITED(CanSettings, bitrate, int32_t, 10'000, 1'000'000),
                       "Arbitration bit rate, 10000 to 1000000 bit/s.")
         .def_property(QUILL_LIMITED(CanSettings, dataBitrate, int32_t, 10'000, 10'000'000),
@@ -90,8 +97,10 @@ void bindCanSettings(py::module_& m) {
                       "Sample point of the arbitration phase, 50 to 95 percent.")
         .def_property(QUILL_PERCENT(CanSettings, dataSamplePoint),
                       "Sample point of the data phase, 50 to 95 percent.")
-        .def_readwrite("termination", &CanSettings::termination, "120 ohm resistor.")
-        .def_readwrite("listenOnly", &CanSettings::listenOnly, "Neither sends nor acknowledges.")
+        .def_readwrite("termination", &CanSettings::termination,
+                       "True: the 120 ohm resistor is switched in.")
+        .def_readwrite("listenOnly", &CanSettings::listenOnly,
+                       "True: the channel neither sends nor acknowledges.")
         .def("__repr__", [](const CanSettings& self) { return toText(self); });
     addEquality(type);
     addCopies(type);
@@ -102,8 +111,9 @@ void bindLinSettings(py::module_& m) {
                                                                "Settings of one LIN channel.");
     type.def(py::init<>())
         .def(makeFromKeywords<LinSettings>())
-        .def_property(QUILL_LIMITED(LinSettings, channel, int32_t, 0, 255), "Counted from 0.")
-        .def_readwrite("enabled", &LinSettings::enabled, "Channel takes part in traffic.")
+        .def_property(QUILL_LIMITED(LinSettings, channel, int32_t, 0, 255),
+                      "Channel of the box, counted from 0.")
+        .def_readwrite("enabled", &LinSettings::enabled, "True: the channel takes part in traffic.")
         .def_property(QUILL_LIMITED(LinSettings, baudrate, int32_t, 1'000, 20'000),
                       "Baud rate, 1000 to 20000 bit/s.")
         .def_readwrite("master", &LinSettings::master, "True: master, False: slave.")
@@ -119,9 +129,11 @@ void bindEthSettings(py::module_& m) {
                                                                "Settings of one Ethernet channel.");
     type.def(py::init<>())
         .def(makeFromKeywords<EthSettings>())
-        .def_property(QUILL_LIMITED(EthSettings, channel, int32_t, 0, 255), "Counted from 0.")
-        .def_readwrite("enabled", &EthSettings::enabled, "Channel takes part in traffic.")
-        .def_property(QUILL_LIMITED(EthSettings, speed, int32_t, 100, 1000), "Mbit/s: 100 or 1000.")
+        .def_property(QUILL_LIMITED(EthSettings, channel, int32_t, 0, 255),
+                      "Channel of the box, counted from 0.")
+        .def_readwrite("enabled", &EthSettings::enabled, "True: the channel takes part in traffic.")
+        .def_property(QUILL_LIMITED(EthSettings, speed, int32_t, 100, 1000),
+                      "Speed in Mbit/s: 100 or 1000.")
         .def_readwrite("master", &EthSettings::master, "True: master, False: slave.")
         .def("__repr__", [](const EthSettings& self) { return toText(self); });
     addEquality(type);
@@ -134,42 +146,44 @@ void bindEthSettings(py::module_& m) {
 // A tuple of the list's own elements: changing an element changes the configuration, while the
 // number of channels is the box's affair.
 template <class Settings>
-py::tuple channelsOf(const ChannelList<Settings>& list) {
-    py::tuple all(list.items().size());
+TupleOf<Settings> channelsOf(const ChannelList<Settings>& list) {
+    TupleOf<Settings> all(list.items().size());
     for (size_t i = 0; i < list.items().size(); ++i) all[i] = py::cast(list.items()[i]);
     return all;
 }
 
 void bindConfig(py::module_& m) {
     using Config = DeviceConfig;
-    py::class_<Config> type(m, "BoxConfig", "Settings of a box's channels, by kind.");
+    py::class_<Config> type(m, "BoxConfig",
+                            "Settings of a box's channels, by kind. See setDeviceConfig.");
     type.def(py::init<>())
         .def(makeFromKeywords<Config>())
         .def_property(
             "can", [](const Config& self) { return channelsOf(self.can); },
-            [](Config& self, const std::vector<CanSettings>& all) {
+            [](Config& self, const ListOf<CanSettings>& all) {
                 self.can = ChannelList<CanSettings>(all);
             },
-            "CanChannelConfig of each CAN channel.")
+            "Settings of the CAN channels; change elements, or set the whole.")
         .def_property(
             "lin", [](const Config& self) { return channelsOf(self.lin); },
-            [](Config& self, const std::vector<LinSettings>& all) {
+            [](Config& self, const ListOf<LinSettings>& all) {
                 self.lin = ChannelList<LinSettings>(all);
             },
-            "LinChannelConfig of each LIN channel.")
+            "Settings of the LIN channels; change elements, or set the whole.")
         .def_property(
             "eth", [](const Config& self) { return channelsOf(self.eth); },
-            [](Config& self, const std::vector<EthSettings>& all) {
+            [](Config& self, const ListOf<EthSettings>& all) {
                 self.eth = ChannelList<EthSettings>(all);
             },
-            "EthChannelConfig of each Ethernet channel.")
+            "Settings of the Ethernet channels; change elements, or set the whole.")
         .def("__repr__", [](const Config& self) { return toText(self); });
     addEquality(type);
     addCopies(type);
 }
 
 void bindHandle(py::module_& m) {
-    py::class_<DeviceHandle> type(m, "DeviceHandle", "One box, addressed by its MAC address.");
+    py::class_<DeviceHandle> type(m, "DeviceHandle",
+                                  "One box. A plain value: calls find the box by deviceInfo.mac.");
     type.def(py::init<>())
         .def(makeFromKeywords<DeviceHandle>())
         .def_readwrite("type", &DeviceHandle::type, "Kind of box.")
@@ -181,7 +195,7 @@ void bindHandle(py::module_& m) {
     addCopies(type);
 }
 
-std::vector<DeviceHandle> getDeviceList(DeviceType type, Ranged<"timeout", int64_t> timeout) {
+ListOf<DeviceHandle> getDeviceList(DeviceType type, Ranged<"timeout", int64_t> timeout) {
     if (type != All) {
         py::print("no support other type device!!!");
         return {};

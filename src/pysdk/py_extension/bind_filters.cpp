@@ -27,45 +27,44 @@ public:
     }
 };
 
-#define QUILL_ITEM_FIELD(record, member) .def_readwrite(#member, &record::member)
+// The fields that entries for CAN and for LIN have in common, in the order in which scripts know
+// them; `extended` comes second where there is one.
+template <class Item, class Class>
+void addItemFields(Class& type) {
+    type.def_readwrite("id", &Item::id, "Identifier of an entry that is no range.")
+        .def_readwrite("idRangeStart", &Item::idRangeStart, "First identifier of a range.")
+        .def_readwrite("idRangeEnd", &Item::idRangeEnd,
+                       "Last identifier of a range, which belongs to it.")
+        .def_readwrite("dir", &Item::dir, "Direction: 0 received, 1 sent by the box itself.")
+        .def_readwrite("channelId", &Item::channelId, "Channel of the box, counted from 0.")
+        .def_readwrite("name", &Item::name, "Frame name of an entry by name, else empty.");
+}
 
 void bindItems(py::module_& m) {
+    constexpr const char* kRange = "True: the entry is a range of identifiers.";
     using CanItem = rv::CANFrameFilterItem;
-    py::class_<CanItem> can(m, "CANFrameFilterItem", "One entry of a CAN filter list.");
-    can.def(py::init<>())  // clang-format off
-        QUILL_ITEM_FIELD(CanItem, isRange)
-        QUILL_ITEM_FIELD(CanItem, extended)
-        QUILL_ITEM_FIELD(CanItem, id)
-        QUILL_ITEM_FIELD(CanItem, idRangeStart)
-        QUILL_ITEM_FIELD(CanItem, idRangeEnd)
-        QUILL_ITEM_FIELD(CanItem, dir)
-        QUILL_ITEM_FIELD(CanItem, channelId)
-        QUILL_ITEM_FIELD(CanItem, name)  // clang-format on
-                            .def("__repr__", [](const CanItem& item) {
-                                return "CANFrameFilterItem(id=" + std::to_string(item.id) +
-                                       ", channelId=" + std::to_string(item.channelId) + ")";
-                            });
+    py::class_<CanItem> can(m, "CANFrameFilterItem", "One entry of a CANFrameFilterList.");
+    can.def(py::init<>())
+        .def_readwrite("isRange", &CanItem::isRange, kRange)
+        .def_readwrite("extended", &CanItem::extended, "1: 29-bit identifiers, 0: 11-bit.");
+    addItemFields<CanItem>(can);
+    can.def("__repr__", [](const CanItem& item) {
+        return "CANFrameFilterItem(id=" + std::to_string(item.id) +
+               ", channelId=" + std::to_string(item.channelId) + ")";
+    });
     addEquality(can);
     addCopies(can);
     using LinItem = rv::LINFrameFilterItem;
-    py::class_<LinItem> lin(m, "LINFrameFilterItem", "One entry of a LIN filter list.");
-    lin.def(py::init<>())  // clang-format off
-        QUILL_ITEM_FIELD(LinItem, isRange)
-        QUILL_ITEM_FIELD(LinItem, id)
-        QUILL_ITEM_FIELD(LinItem, idRangeStart)
-        QUILL_ITEM_FIELD(LinItem, idRangeEnd)
-        QUILL_ITEM_FIELD(LinItem, dir)
-        QUILL_ITEM_FIELD(LinItem, channelId)
-        QUILL_ITEM_FIELD(LinItem, name)  // clang-format on
-                        .def("__repr__", [](const LinItem& item) {
-                            return "LINFrameFilterItem(id=" + std::to_string(item.id) +
-                                   ", channelId=" + std::to_string(item.channelId) + ")";
-                        });
+    py::class_<LinItem> lin(m, "LINFrameFilterItem", "One entry of a LINFrameFilterList.");
+    lin.def(py::init<>()).def_readwrite("isRange", &LinItem::isRange, kRange);
+    addItemFields<LinItem>(lin);
+    lin.def("__repr__", [](const LinItem& item) {
+        return "LINFrameFilterItem(id=" + std::to_string(item.id) +
+               ", channelId=" + std::to_string(item.channelId) + ")";
+    });
     addEquality(lin);
     addCopies(lin);
 }
-
-#undef QUILL_ITEM_FIELD
 
 template <class List>
 std::string listText(const char* type, const List& list) {
@@ -73,56 +72,92 @@ std::string listText(const char* type, const List& list) {
            ", block=" + std::to_string(list.blockItems().size()) + ")";
 }
 
-void bindCanList(py::module_& m) {
-    using List = rv::CANFrameFilterList;
-    const auto id = py::arg("id");
-    const auto extended = py::arg("extended");
-    const auto dir = py::arg("dir");
+constexpr const char* kCanListText = R"(Pass and block entries for CAN and CAN FD frames.
+
+A frame that a block entry matches is stopped; any other passes when there are no pass entries or
+when one matches it. Every addition answers True, or False after telling the reason on standard
+output; a refused entry changes nothing.
+
+Arguments of the additions:
+    id, idStart, idEnd: 0 to 0x7FF, or 0 to 0x1FFFFFFF with extended 1.
+    extended: 1 for 29-bit identifiers, else 0.
+    dir: 0 received, 1 sent by the box itself.
+    name: frame name as an attached database gives it, see attachDatabase.
+    channel_id: name of a CAN channel, see getChannelNames.)";
+
+constexpr const char* kLinListText = R"(Pass and block entries for LIN frames.
+
+What passes and what the additions answer is as for a CANFrameFilterList.
+
+Arguments of the additions:
+    id, idStart, idEnd: 0 to 63.
+    dir: 0 received, 1 sent by the box itself.
+    name: frame name as an attached database gives it, see attachDatabase.
+    channel_id: name of a LIN channel, see getChannelNames.)";
+
+constexpr const char* kPassId = "Pass frames with one identifier.";
+constexpr const char* kBlockId = "Block frames with one identifier.";
+constexpr const char* kPassName = "Pass frames with a name.";
+constexpr const char* kBlockName = "Block frames with a name.";
+constexpr const char* kPassRange = "Pass a range of identifiers; both bounds belong to it.";
+constexpr const char* kBlockRange = "Block a range of identifiers; both bounds belong to it.";
+
+// What lists for CAN and for LIN have in common, behind the additions by identifier.
+template <class List, class Class>
+void addListCalls(Class& type, const char* name) {
     const auto channel = py::arg("channel_id");
-    py::class_<List, std::shared_ptr<List>>(
-        m, "CANFrameFilterList",
-        "Pass and block entries for CAN frames. An addition answers False and says why on standard "
-        "output when it is refused. dir: 0 received, 1 sent by the box; channel_id: a channel's "
-        "name, see getChannelNames.")
-        .def(py::init([] { return std::make_shared<List>(std::make_shared<BoxChannels>()); }))
-        .def("add_pass_list", &List::addPassList, id, extended, dir, channel)
-        .def("add_block_list", &List::addBlockList, id, extended, dir, channel)
-        .def("add_name_pass_list", &List::addNamePassList, py::arg("name"), dir, channel)
-        .def("add_name_block_list", &List::addNameBlockList, py::arg("name"), dir, channel)
-        .def("add_pass_range_list", &List::addPassRangeList, py::arg("idStart"), py::arg("idEnd"),
-             extended, dir, channel, "Both bounds belong to the range.")
-        .def("add_block_range_list", &List::addBlockRangeList, py::arg("idStart"), py::arg("idEnd"),
-             extended, dir, channel, "Both bounds belong to the range.")
-        .def("add_pass_channel", &List::addPassChannel, channel, "Both directions.")
-        .def("add_block_channel", &List::addBlockChannel, channel, "Both directions.")
+    type.def("add_pass_channel", &List::addPassChannel, channel,
+             "Pass a whole channel, both directions.")
+        .def("add_block_channel", &List::addBlockChannel, channel,
+             "Block a whole channel, both directions.")
         .def("clear", &List::clearFilter, "Drop all entries.")
         .def_property_readonly("pass_items", &List::passItems, "Copies of the pass entries.")
         .def_property_readonly("block_items", &List::blockItems, "Copies of the block entries.")
-        .def("__repr__", [](const List& list) { return listText("CANFrameFilterList", list); });
+        .def("__repr__", [name](const List& list) { return listText(name, list); });
+}
+
+void bindCanList(py::module_& m) {
+    using List = rv::CANFrameFilterList;
+    constexpr const char* kName = "CANFrameFilterList";
+    const auto id = py::arg("id");
+    const auto start = py::arg("idStart");
+    const auto end = py::arg("idEnd");
+    const auto extended = py::arg("extended");
+    const auto dir = py::arg("dir");
+    const auto channel = py::arg("channel_id");
+    py::class_<List, std::shared_ptr<List>> type(m, kName, kCanListText);
+    type.def(py::init([] { return std::make_shared<List>(std::make_shared<BoxChannels>()); }))
+        .def("add_pass_list", &List::addPassList, id, extended, dir, channel, kPassId)
+        .def("add_block_list", &List::addBlockList, id, extended, dir, channel, kBlockId)
+        .def("add_name_pass_list", &List::addNamePassList, py::arg("name"), dir, channel, kPassName)
+        .def("add_name_block_list", &List::addNameBlockList, py::arg("name"), dir, channel,
+             kBlockName)
+        .def("add_pass_range_list", &List::addPassRangeList, start, end, extended, dir, channel,
+             kPassRange)
+        .def("add_block_range_list", &List::addBlockRangeList, start, end, extended, dir, channel,
+             kBlockRange);
+    addListCalls<List>(type, kName);
 }
 
 void bindLinList(py::module_& m) {
     using List = rv::LINFrameFilterList;
+    constexpr const char* kName = "LINFrameFilterList";
     const auto id = py::arg("id");
+    const auto start = py::arg("idStart");
+    const auto end = py::arg("idEnd");
     const auto dir = py::arg("dir");
     const auto channel = py::arg("channel_id");
-    py::class_<List, std::shared_ptr<List>>(
-        m, "LINFrameFilterList", "Pass and block entries for LIN frames; see CANFrameFilterList.")
-        .def(py::init([] { return std::make_shared<List>(std::make_shared<BoxChannels>()); }))
-        .def("add_pass_list", &List::addPassList, id, dir, channel)
-        .def("add_block_list", &List::addBlockList, id, dir, channel)
-        .def("add_name_pass_list", &List::addNamePassList, py::arg("name"), dir, channel)
-        .def("add_name_block_list", &List::addNameBlockList, py::arg("name"), dir, channel)
-        .def("add_pass_range_list", &List::addPassRangeList, py::arg("idStart"), py::arg("idEnd"),
-             dir, channel, "Both bounds belong to the range.")
-        .def("add_block_range_list", &List::addBlockRangeList, py::arg("idStart"), py::arg("idEnd"),
-             dir, channel, "Both bounds belong to the range.")
-        .def("add_pass_channel", &List::addPassChannel, channel, "Both directions.")
-        .def("add_block_channel", &List::addBlockChannel, channel, "Both directions.")
-        .def("clear", &List::clearFilter, "Drop all entries.")
-        .def_property_readonly("pass_items", &List::passItems, "Copies of the pass entries.")
-        .def_property_readonly("block_items", &List::blockItems, "Copies of the block entries.")
-        .def("__repr__", [](const List& list) { return listText("LINFrameFilterList", list); });
+    py::class_<List, std::shared_ptr<List>> type(m, kName, kLinListText);
+    type.def(py::init([] { return std::make_shared<List>(std::make_shared<BoxChannels>()); }))
+        .def("add_pass_list", &List::addPassList, id, dir, channel, kPassId)
+        .def("add_block_list", &List::addBlockList, id, dir, channel, kBlockId)
+        .def("add_name_pass_list", &List::addNamePassList, py::arg("name"), dir, channel, kPassName)
+        .def("add_name_block_list", &List::addNameBlockList, py::arg("name"), dir, channel,
+             kBlockName)
+        .def("add_pass_range_list", &List::addPassRangeList, start, end, dir, channel, kPassRange)
+        .def("add_block_range_list", &List::addBlockRangeList, start, end, dir, channel,
+             kBlockRange);
+    addListCalls<List>(type, kName);
 }
 
 using Channel = Ranged<"channel", int32_t, 0, 255>;
@@ -138,6 +173,20 @@ int attachDatabase(const DeviceHandle& handle, Channel channel, const std::strin
     return Success;
 }
 
+constexpr const char* kAttachText =
+    R"(Name the frames of a channel by a database; frames received later carry the name.
+
+Args:
+    handle: the box.
+    channel: channel of the database's kind of bus, 0 to 255.
+    path: database file; '.ldf' for LIN, '.dbc', '.arxml' or '.json' for CAN.
+
+Returns:
+    int: 0, or 1 when the file cannot be loaded; the log gives the reason.
+
+Raises:
+    ValueError: the handle's MAC address is malformed, or channel is out of range.)";
+
 void addChannelCalls(py::module_& m) {
     m.def(
         "getChannelNames",
@@ -147,11 +196,16 @@ void addChannelCalls(py::module_& m) {
                 QString::fromStdString(handle.deviceInfo.mac));
         },
         py::arg("handle"),
-        "Names of a box's channels, such as 'RV-Hub4e.CAN1'; filter lists also take the short form "
-        "'CAN1' for channel 0 of any box. Empty when the box is gone.");
+        R"(Names of a box's channels, for filter lists.
+
+Returns:
+    list of names such as 'RV-Hub4e.CAN1'; empty when the box is gone. Filter lists also take the
+    short form 'CAN1', which is channel 0 of any box.
+
+Raises:
+    ValueError: the handle's MAC address is malformed.)");
     m.def("attachDatabase", &attachDatabase, py::arg("handle"), py::arg("channel"), py::arg("path"),
-          "Name the frames of a channel by a database: LDF for LIN, DBC or ARXML for CAN. Frames "
-          "received later carry the name. 0, or 1 when the file cannot be loaded.");
+          kAttachText);
     m.def(
         "detachDatabase",
         [](const DeviceHandle& handle, Channel channel) {
@@ -160,7 +214,8 @@ void addChannelCalls(py::module_& m) {
             views.attachDatabase(handle.deviceInfo.mac, FrameViews::Bus::Can, channel, nullptr);
             views.attachDatabase(handle.deviceInfo.mac, FrameViews::Bus::Lin, channel, nullptr);
         },
-        py::arg("handle"), py::arg("channel"), "Take the databases of a channel away.");
+        py::arg("handle"), py::arg("channel"),
+        "Take the CAN and the LIN database of a channel away.");
     m.def(
         "toLinMessage",
         [](const DeviceHandle& handle, const LinFrame& frame) {
@@ -169,7 +224,11 @@ void addChannelCalls(py::module_& m) {
                                            handle.deviceInfo.mac, frame.channelId, frame.id));
         },
         py::arg("handle"), py::arg("frame"),
-        "A received LinFrame as a LinMessage, with the LDFFrame of the channel's database.");
+        R"(A received LinFrame together with what the channel's database knows of it.
+
+Returns:
+    LinMessage: its frame is the LDFFrame of the database, or None when none is attached or the
+    database has no frame with this identifier.)");
 }
 
 }  // namespace

@@ -49,16 +49,34 @@ void addDeviceSubscriptions(py::module_& m) {
             return PySDKEntry::instance().subscribeCan(handle, callback.callback);
         },
         py::arg("handle"), py::arg("callback"), py::kw_only(), py::arg("filter") = py::none(),
-        "Call a callable with every CAN frame of a box, sent ones included; it replaces an "
-        "earlier one. With a filter list, only frames that it passes. True when tracing could be "
-        "started.");
+        R"(Call a callable with every CAN frame of a box, sent ones included.
+
+Args:
+    handle: the box.
+    callback: takes one frame, which it may keep; None counts and records without a call. It
+        replaces an earlier one and runs on the SDK's own thread, in the order of the time stamps,
+        240 ms after the frame's time. What it raises goes to sys.unraisablehook.
+    filter: only frames that this list passes; None for all.
+
+Returns:
+    bool: True when tracing could be started.
+
+Raises:
+    ValueError: the handle's MAC address is malformed.)");
     m.def(
         "unsubscribeCanFrame",
         [](const DeviceHandle& handle) {
             checkAddress(handle);
             return PySDKEntry::instance().unsubscribeCan(handle);
         },
-        py::arg("handle"), "Drop the callable and stop tracing on the box; True when it stopped.");
+        py::arg("handle"),
+        R"(Drop the callable for CAN frames and stop tracing on the box, for all kinds of frames.
+
+Returns:
+    bool: True when tracing could be stopped.
+
+Raises:
+    ValueError: the handle's MAC address is malformed.)");
 }
 
 void addLinSubscriptions(py::module_& m) {
@@ -70,16 +88,34 @@ void addLinSubscriptions(py::module_& m) {
             return PySDKEntry::instance().subscribeLin(handle, callback.callback);
         },
         py::arg("handle"), py::arg("callback"), py::kw_only(), py::arg("filter") = py::none(),
-        "Call a callable with every LIN frame of a box, sent ones included; it replaces an "
-        "earlier one. With a filter list, only frames that it passes. True when tracing could be "
-        "started.");
+        R"(Call a callable with every LIN frame of a box, sent ones included.
+
+Args:
+    handle: the box.
+    callback: takes one frame, which it may keep; None counts and records without a call. It
+        replaces an earlier one and runs on the SDK's own thread, in the order of the time stamps,
+        240 ms after the frame's time. What it raises goes to sys.unraisablehook.
+    filter: only frames that this list passes; None for all.
+
+Returns:
+    bool: True when tracing could be started.
+
+Raises:
+    ValueError: the handle's MAC address is malformed.)");
     m.def(
         "unsubscribeLinFrame",
         [](const DeviceHandle& handle) {
             checkAddress(handle);
             return PySDKEntry::instance().unsubscribeLin(handle);
         },
-        py::arg("handle"), "Drop the callable and stop tracing on the box; True when it stopped.");
+        py::arg("handle"),
+        R"(Drop the callable for LIN frames and stop tracing on the box, for all kinds of frames.
+
+Returns:
+    bool: True when tracing could be stopped.
+
+Raises:
+    ValueError: the handle's MAC address is malformed.)");
 }
 
 void addEthSubscriptions(py::module_& m) {
@@ -90,15 +126,33 @@ void addEthSubscriptions(py::module_& m) {
             return PySDKEntry::instance().subscribeEth(handle, callback.callback);
         },
         py::arg("handle"), py::arg("callback"),
-        "Call a callable with every Ethernet frame of a box, sent ones included; it replaces an "
-        "earlier one. True when tracing could be started.");
+        R"(Call a callable with every Ethernet frame of a box, sent ones included.
+
+Args:
+    handle: the box.
+    callback: takes one frame, which it may keep; None counts and records without a call. It
+        replaces an earlier one and runs on the SDK's own thread, in the order of the time stamps,
+        240 ms after the frame's time. What it raises goes to sys.unraisablehook.
+
+Returns:
+    bool: True when tracing could be started.
+
+Raises:
+    ValueError: the handle's MAC address is malformed.)");
     m.def(
         "unsubscribeEthFrame",
         [](const DeviceHandle& handle) {
             checkAddress(handle);
             return PySDKEntry::instance().unsubscribeEth(handle);
         },
-        py::arg("handle"), "Drop the callable and stop tracing on the box; True when it stopped.");
+        py::arg("handle"),
+        R"(Drop the callable for Ethernet frames and stop tracing on the box, for all kinds of frames.
+
+Returns:
+    bool: True when tracing could be stopped.
+
+Raises:
+    ValueError: the handle's MAC address is malformed.)");
 }
 
 void addIdSubscriptions(py::module_& m) {
@@ -106,8 +160,14 @@ void addIdSubscriptions(py::module_& m) {
         "subscribeCanFrameById",
         [](CanId id, const CanCallback& callback) { registries().addId(id, callback.callback); },
         py::arg("id"), py::arg("callback"),
-        "Count the CAN frames with an identifier and call a callable with them, while a "
-        "subscription of their box runs.");
+        R"(Count the CAN frames with an identifier and call a callable with them.
+
+Frames of every box that is traced count, sent ones included; the call starts no tracing. An earlier
+callable is replaced, the counter goes on.
+
+Args:
+    id: CAN identifier, 0 to 2**32 - 1.
+    callback: takes one CANRawFrame; None counts without a call.)");
     m.def(
         "unsubscribeCanFrameById", [](CanId id) { registries().removeId(id); }, py::arg("id"),
         "Drop the callable and the counter of an identifier.");
@@ -118,17 +178,20 @@ void addIdSubscriptions(py::module_& m) {
 
 void bindRecordingStatus(py::module_& m) {
     using Status = playback::RecordingStatus;
-    py::class_<Status> type(m, "RecordingStatus", "Progress of a recording, in frames.");
-    type.def_readonly("recording", &Status::recording, "A recording runs.")
+    py::class_<Status> type(
+        m, "RecordingStatus",
+        "Progress of a recording. After its end, offered = written + dropped + skipped.");
+    type.def_readonly("recording", &Status::recording, "True: a recording runs.")
         .def_readonly("offered", &Status::offered, "Frames of the recorded channels so far.")
-        .def_readonly("staged", &Status::staged, "In memory, not yet handed over.")
-        .def_readonly("converted", &Status::converted, "Laid out in the output format.")
-        .def_readonly("written", &Status::written, "In the file.")
-        .def_readonly("dropped", &Status::dropped, "Lost; the error tells why.")
-        .def_readonly("skipped", &Status::skipped, "Of a kind that the format cannot hold.")
-        .def_readonly("bytes", &Status::bytes, "Size of the file.")
-        .def_readonly("seconds", &Status::seconds, "Since the start, until the stop.")
-        .def_readonly("error", &Status::error, "First failure, empty without one.")
+        .def_readonly("staged", &Status::staged, "Frames in memory, not yet handed over.")
+        .def_readonly("converted", &Status::converted, "Frames laid out in the output format.")
+        .def_readonly("written", &Status::written, "Frames in the file.")
+        .def_readonly("dropped", &Status::dropped, "Frames lost; error tells why.")
+        .def_readonly("skipped", &Status::skipped, "Frames of a kind that the format cannot hold.")
+        .def_readonly("bytes", &Status::bytes, "Size of the file in bytes.")
+        .def_readonly("seconds", &Status::seconds,
+                      "Duration in s from the start to the stop, or until now.")
+        .def_readonly("error", &Status::error, "Text of the first failure, empty without one.")
         .def("__repr__", [](const Status& self) { return toText(self); });
     addCopies(type);
 }
@@ -136,7 +199,7 @@ void bindRecordingStatus(py::module_& m) {
 void addRecording(py::module_& m) {
     m.def(
         "enableDataRecording",
-        [](const std::string& path, std::vector<int32_t> channels, Ranged<"format", int64_t> format,
+        [](const std::string& path, ListOf<int32_t> channels, Ranged<"format", int64_t> format,
            const CanList& canFilter, const LinList& linFilter) {
             FrameViews& views = PySDKEntry::instance().delivery().views();
             if (!PySDKEntry::instance().delivery().recording().running()) {
@@ -146,16 +209,25 @@ void addRecording(py::module_& m) {
         },
         py::arg("path"), py::arg("channels"), py::arg("format"), py::kw_only(),
         py::arg("canFilter") = py::none(), py::arg("linFilter") = py::none(),
-        "Record the received frames of channels, or of all channels when the list is empty, into "
-        "a file: format 1 ASC, any other BLF. With filter lists, only frames that they pass. "
-        "Raises "
-        "ValueError when the file cannot be made.");
+        R"(Record frames into a trace file as they are delivered.
+
+A second call while a recording runs changes nothing and says so on standard output.
+
+Args:
+    path: file to write; an existing one is replaced.
+    channels: channel numbers, counted from 0, of any kind of bus; an empty list records all.
+    format: 1 writes ASC, any other number BLF.
+    canFilter: only CAN frames that this list passes; None for all.
+    linFilter: only LIN frames that this list passes; None for all.
+
+Raises:
+    ValueError: the file cannot be made; the text gives the reason.)");
     m.def(
         "disableDataRecording", [] { PySDKEntry::instance().disableRecording(); },
         "End the recording and complete its file; does nothing without a recording.");
     m.def(
         "getRecordingStatus", [] { return PySDKEntry::instance().recordingStatus(); },
-        "RecordingStatus of the running recording, else of the last one.");
+        "Progress of the running recording, else of the last one.");
 }
 
 }  // namespace

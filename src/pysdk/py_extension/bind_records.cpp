@@ -47,7 +47,7 @@ void addTimestamp(Class& type) {
             self.seconds = static_cast<uint32_t>(value / kNsPerSecond);
             self.nanoseconds = static_cast<uint32_t>(value % kNsPerSecond);
         },
-        "Time of the frame on the box's clock, ns since the epoch.");
+        "Time of the frame in ns since the epoch, by the clock of the box.");
 }
 
 template <class Class>
@@ -62,8 +62,11 @@ void addData(Class& type) {
 }
 
 void bindErrorCode(py::module_& m) {
-    py::enum_<ErrorCode> type(m, "ErrorCode", py::arithmetic(), "Result of a database query.");
-    type.value("Success", Success).value("InvalidParam", InvalidParam);
+    py::enum_<ErrorCode> type(
+        m, "ErrorCode", py::arithmetic(),
+        "First element of the result pairs of database queries, which hold it as an int.");
+    type.value("Success", Success, "Done.")
+        .value("InvalidParam", InvalidParam, "The file cannot be loaded.");
     // There is no third member, so no other number becomes one.
     type.def(py::init([](Ranged<"ErrorCode", int32_t, Success, InvalidParam> value) {
                  return static_cast<ErrorCode>(value.value);
@@ -75,7 +78,7 @@ void bindFrameExtend(py::module_& m) {
     py::class_<CANFrameExtend> type(m, "CANFrameExtend", "Flag word of a CAN frame.");
     type.def(py::init<>())
         .def(makeFromKeywords<CANFrameExtend>())
-        .def_property(QUILL_WORD_FLAG(EDL), "1: CAN FD frame.")
+        .def_property(QUILL_WORD_FLAG(EDL), "1: CAN FD frame, 0: classic.")
         .def_property(QUILL_WORD_FLAG(BRS), "Bit-rate switch (CAN FD).")
         .def_property(QUILL_WORD_FLAG(ESI), "Error-state indicator (CAN FD).")
         .def_property(
@@ -84,7 +87,7 @@ void bindFrameExtend(py::module_& m) {
             "Code field, 0 to 15, carried unchanged.")
         .def_property(QUILL_WORD_FLAG(UU2), "Spare flag, carried unchanged.")
         .def_property(QUILL_WORD_FLAG(SRR), "Substitute remote request.")
-        .def_property(QUILL_WORD_FLAG(IDE), "1: 29-bit identifier.")
+        .def_property(QUILL_WORD_FLAG(IDE), "1: 29-bit identifier, 0: 11-bit.")
         .def_property(QUILL_WORD_FLAG(RTR), "Remote transmission request.")
         .def_property(
             "DLC", [](const CANFrameExtend& self) { return self.DLC(); },
@@ -95,18 +98,20 @@ void bindFrameExtend(py::module_& m) {
             [](CANFrameExtend& self, Ranged<"errorFlag", uint16_t> value) {
                 self.setErrorFlag(value);
             },
-            "Error flags, 16 bits.")
+            "Error flags of the box, 16 bits; 0 for a good frame.")
         .def("__repr__", [](const CANFrameExtend& self) { return toText(self); });
     addEquality(type);
     addCopies(type);
 }
 
 void bindCanFrame(py::module_& m) {
-    py::class_<CANRawFrame> type(m, "CANRawFrame", "One CAN or CAN FD frame.");
+    py::class_<CANRawFrame> type(
+        m, "CANRawFrame",
+        "One CAN or CAN FD frame. Made with keywords: CANRawFrame(id=0x123, data=[1, 2]).");
     type.def(py::init<>())
         .def(makeFromKeywords<CANRawFrame>())
         .def_property(QUILL_FIELD(CANRawFrame, id, uint32_t),
-                      "CAN identifier, 11 or 29 bits by IDE.")
+                      "CAN identifier: 11 bits, or 29 bits when IDE is 1.")
         .def_property(QUILL_FIELD(CANRawFrame, channelId, uint8_t),
                       "CAN channel of the box, counted from 0.")
         .def_property(
@@ -121,8 +126,8 @@ void bindCanFrame(py::module_& m) {
             },
             "Data length code, 0 to 15. Left at 0, the data gives it when the frame is sent.")
         .def_property(QUILL_FLAG(BRS), "Bit-rate switch (CAN FD), 0 or 1.")
-        .def_property(QUILL_FLAG(IDE), "1: 29-bit identifier.")
-        .def_property(QUILL_FLAG(EDL), "1: CAN FD frame.");
+        .def_property(QUILL_FLAG(IDE), "1: 29-bit identifier, 0: 11-bit.")
+        .def_property(QUILL_FLAG(EDL), "1: CAN FD frame, 0: classic.");
     addData(type);
     type.def_property(QUILL_FLAG(ESI), "Error-state indicator (CAN FD), 0 or 1.")
         .def_property(QUILL_FLAG(RTR), "1: remote frame.")
@@ -131,11 +136,12 @@ void bindCanFrame(py::module_& m) {
             [](CANRawFrame& self, Ranged<"errorFlag", uint16_t> value) {
                 self.extend.setErrorFlag(value);
             },
-            "Error flags, 16 bits.")
+            "Error flags of the box, 16 bits; 0 for a good frame.")
         .def_property(
             "extend", [](CANRawFrame& self) -> CANFrameExtend& { return self.extend; },
             [](CANRawFrame& self, const CANFrameExtend& value) { self.extend = value; },
-            py::return_value_policy::reference_internal, "The whole flag word.")
+            py::return_value_policy::reference_internal,
+            "The whole flag word; changing it changes the frame.")
         .def_property(QUILL_FIELD(CANRawFrame, dir, uint16_t),
                       "Direction: 0 received, 1 sent by the box itself.")
         .def("__repr__", &CANRawFrame::toText);
@@ -144,10 +150,11 @@ void bindCanFrame(py::module_& m) {
 }
 
 void bindLinFrame(py::module_& m) {
-    py::class_<LinFrame> type(m, "LinFrame", "One LIN frame.");
+    py::class_<LinFrame> type(m, "LinFrame",
+                              "One LIN frame. Made with keywords: LinFrame(id=0x12, data=[1, 2]).");
     type.def(py::init<>())
         .def(makeFromKeywords<LinFrame>())
-        .def_property(QUILL_FIELD(LinFrame, id, uint16_t), "LIN identifier.")
+        .def_property(QUILL_FIELD(LinFrame, id, uint16_t), "LIN identifier, 0 to 63 on a bus.")
         .def_property(QUILL_FIELD(LinFrame, dir, uint16_t),
                       "Direction as the box reports it: 0 received, 1 sent by the box itself.")
         .def_property(QUILL_FIELD(LinFrame, channelId, uint8_t),
@@ -156,14 +163,16 @@ void bindLinFrame(py::module_& m) {
                       "Checksum model: 0 classic, 1 enhanced.");
     addTimestamp(type);
     addData(type);
-    type.def_property(QUILL_FIELD(LinFrame, checksum, uint16_t), "Checksum as received.")
+    type.def_property(QUILL_FIELD(LinFrame, checksum, uint16_t), "Checksum as received, 16 bits.")
         .def("__repr__", &LinFrame::toText);
     addEquality(type);
     addCopies(type);
 }
 
 void bindEthFrame(py::module_& m) {
-    py::class_<EthFrame> type(m, "EthFrame", "One Ethernet frame.");
+    py::class_<EthFrame> type(
+        m, "EthFrame",
+        "One Ethernet frame. Its text form tells time, channel, direction, length and bytes.");
     type.def(py::init<>()).def("__repr__", &EthFrame::toText);
     addEquality(type);
     addCopies(type);

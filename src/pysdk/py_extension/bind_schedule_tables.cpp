@@ -20,14 +20,15 @@ namespace {
 // NOLINTEND(bugprone-macro-parentheses)
 void bindSlot(py::module_& m) {
     using Slot = ScheduleTableSlot;
-    py::class_<Slot> type(m, "ScheduleTableSlot", "One slot of a LIN schedule table.");
+    py::class_<Slot> type(m, "ScheduleTableSlot",
+                          "One slot of a LIN schedule table. Made with keywords.");
     type.def(py::init<>())
         .def(makeFromKeywords<Slot>())
         .def_property_readonly(
             "debug_str", [](const Slot& self) { return debugText(self); },
             "All fields as text, one a line.")
-        .def_property(QUILL_NUMBER(Slot, id, int32_t), "Frame identifier.")
-        .def_property(QUILL_NUMBER(Slot, time_interval, uint64_t), "Time of the slot in ms.")
+        .def_property(QUILL_NUMBER(Slot, id, int32_t), "LIN identifier, 0 to 63 on a bus.")
+        .def_property(QUILL_NUMBER(Slot, time_interval, uint64_t), "Duration of the slot in ms.")
         .def_property(QUILL_NUMBER(Slot, msg_type, uint32_t),
                       "4: the master publishes, 3: a slave publishes.")
         .def_property(QUILL_NUMBER(Slot, check_type, uint32_t),
@@ -48,7 +49,8 @@ void bindSlot(py::module_& m) {
 
 void bindTable(py::module_& m) {
     using Table = LinScheduleTable;
-    py::class_<Table> type(m, "LinScheduleTable", "A LIN schedule table for one channel.");
+    py::class_<Table> type(m, "LinScheduleTable",
+                           "A LIN schedule table for one channel. See startLinScheduleTable.");
     type.def(py::init<>())
         .def(makeFromKeywords<Table>())
         .def_property(QUILL_NUMBER(Table, channel_id, int32_t),
@@ -77,7 +79,7 @@ void bindTable(py::module_& m) {
 
 void bindCrcTypes(py::module_& m) {
     py::enum_<CrcType> type(m, "CrcType", py::arithmetic(),
-                            "CRC algorithms of frame updates; the values are their codes.");
+                            "CRC algorithms of a FrameUpdate; the values are their codes.");
     for (const CrcTypeName& entry : kCrcTypes) {
         type.value(entry.name, static_cast<CrcType>(entry.code));
     }

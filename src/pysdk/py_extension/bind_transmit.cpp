@@ -29,32 +29,37 @@ using Count = Ranged<"limitCount", int32_t>;
 // NOLINTEND(bugprone-macro-parentheses)
 void bindFrameUpdate(py::module_& m) {
     constexpr size_t kMaxKey = 256;
+    constexpr const char* kStartBitText =
+        "8 x byte + bit of the least significant bit, 0 to 511, for both byte orders.";
     py::class_<FrameUpdate> type(
         m, "FrameUpdate",
         "Rolling counter and CRC that are brought up to date before every transmission.");
     type.def(py::init<>())
         .def(makeFromKeywords<FrameUpdate>())
-        .def_readwrite("counterEnabled", &FrameUpdate::counterEnabled)
-        .def_property(QUILL_BITS(counterStartBit, 0, 511), "Start bit as in a signal definition.")
-        .def_property(QUILL_BITS(counterLength, 0, 64), "Bits.")
-        .def_readwrite("counterBigEndian", &FrameUpdate::counterBigEndian)
+        .def_readwrite("counterEnabled", &FrameUpdate::counterEnabled,
+                       "True: the frame carries a rolling counter.")
+        .def_property(QUILL_BITS(counterStartBit, 0, 511), kStartBitText)
+        .def_property(QUILL_BITS(counterLength, 0, 64), "Number of bits, 0 to 64.")
+        .def_readwrite("counterBigEndian", &FrameUpdate::counterBigEndian,
+                       "True: Motorola byte order.")
         .def_readwrite("counterReset", &FrameUpdate::counterReset,
-                       "The first transmission carries 0.")
+                       "True: the first transmission carries 0, else 1.")
         .def_property(
             "crcType", [](const FrameUpdate& self) { return self.crcType; },
             [](FrameUpdate& self, Ranged<"crcType", uint8_t, 0, 40> value) {
                 self.crcType = value;
             },
             "A CrcType or its code, 0 for none.")
-        .def_property(QUILL_BITS(crcStartBit, 0, 511), "Start bit as in a signal definition.")
-        .def_property(QUILL_BITS(crcLength, 0, 64), "Bits.")
-        .def_readwrite("crcBigEndian", &FrameUpdate::crcBigEndian)
+        .def_property(QUILL_BITS(crcStartBit, 0, 511), kStartBitText)
+        .def_property(QUILL_BITS(crcLength, 0, 64),
+                      "Number of bits, 0 to 64; a shorter field gets the low bits.")
+        .def_readwrite("crcBigEndian", &FrameUpdate::crcBigEndian, "True: Motorola byte order.")
         .def_property(
             "crcKey", [](const FrameUpdate& self) { return toList(self.crcKey); },
             [](FrameUpdate& self, BytesField<"crcKey", kMaxKey> value) {
                 self.crcKey = std::move(value.value);
             },
-            "Key bytes, a list of ints; used by CRC8_VARIANT only.")
+            "Key bytes, a list of up to 256 ints; used by CRC8_VARIANT only.")
         .def("__repr__", [](const FrameUpdate& self) { return toText(self); })
         .def(
             "__eq__",
@@ -70,7 +75,7 @@ void bindFrameUpdate(py::module_& m) {
 void bindSendResult(py::module_& m) {
     py::enum_<BoxResult>(m, "SendResult", py::arithmetic(),
                          "Results of cyclic jobs; the calls return them as ints.")
-        .value("Done", BoxResult::Done)
+        .value("Done", BoxResult::Done, "The box did it.")
         .value("NoSuchDevice", BoxResult::NoSuchDevice, "No box has this MAC address.")
         .value("NoSuchJob", BoxResult::NoSuchJob, "The box does not run this job.")
         .value("InvalidParam", BoxResult::InvalidParam, "Refused; the log gives the reason.")
@@ -84,13 +89,15 @@ void bindCyclicHandle(py::module_& m) {
     py::class_<Handle> type(m, "CANCyclicFrameHandle", "A frame that a box sends cyclically.");
     type.def(py::init<>())
         .def_property_readonly(
-            "gid", [](const Handle& self) { return self.gid; }, "Identifier of the job.")
+            "gid", [](const Handle& self) { return self.gid; },
+            "Identifier of the job, made when it starts.")
         .def_property_readonly(
             "deviceInfo", [](const Handle& self) { return self.deviceInfo; },
             "DeviceHandle of the box that sends the frame.")
         .def_property(
             "ms", [](const Handle& self) { return self.ms; },
-            [](Handle& self, Ms value) { self.ms = value; }, "Cycle time in ms.")
+            [](Handle& self, Ms value) { self.ms = value; },
+            "Cycle time in ms; takes effect with updateCyclicCanFrame.")
         .def_property_readonly(
             "result", [](const Handle& self) { return static_cast<int>(self.result); },
             "What the start came to, a SendResult as int; 0: the job runs.")
@@ -119,48 +126,110 @@ int stop(const CANCyclicFrameHandle& cyclic) {
     return static_cast<int>(PySDKEntry::instance().stopCyclic(cyclic));
 }
 
+constexpr const char* kSendText = R"(Send one frame through the box.
+
+A DLC of 0 is taken from the data; any other must agree with it. A frame that no bus carries is not
+sent, and the log gives the reason.
+
+Args:
+    handle: the box.
+    frame: what is sent, as CAN FD when its EDL is set; it is not changed.
+    update: counter and CRC that are brought up to date first; None for neither.
+
+Raises:
+    ValueError: the handle's MAC address is malformed.)";
+
+constexpr const char* kSendFdText = R"(Send one frame through the box as a CAN FD frame.
+
+A DLC of 0 is taken from the data; any other must agree with it. A frame that no bus carries is not
+sent, and the log gives the reason.
+
+Args:
+    handle: the box.
+    frame: what is sent, whatever its EDL says; it is not changed.
+    update: counter and CRC that are brought up to date first; None for neither.
+
+Raises:
+    ValueError: the handle's MAC address is malformed.)";
+
+constexpr const char* kStartText = R"(Let the box send a frame cyclically, on a fixed grid.
+
+Args:
+    handle: the box.
+    frame: what is sent, as CAN FD when its EDL is set; it is copied.
+    ms: cycle time in ms, 1 and up.
+    limitCount: number of transmissions; 0 or less: without end.
+    update: counter and CRC that are brought up to date before every transmission.
+
+Returns:
+    CANCyclicFrameHandle: the job runs when its result is 0.
+
+Raises:
+    ValueError: the handle's MAC address is malformed.)";
+
+constexpr const char* kStartFdText = R"(Let the box send a CAN FD frame cyclically, on a fixed grid.
+
+Args:
+    handle: the box.
+    frame: what is sent, whatever its EDL says; it is copied.
+    ms: cycle time in ms, 1 and up.
+    limitCount: number of transmissions; 0 or less: without end.
+    update: counter and CRC that are brought up to date before every transmission.
+
+Returns:
+    CANCyclicFrameHandle: the job runs when its result is 0.
+
+Raises:
+    ValueError: the handle's MAC address is malformed.)";
+
 void addSends(py::module_& m) {
+    const auto handle = py::arg("handle");
+    const auto frame = py::arg("frame");
+    const auto cycle = py::arg("ms");
+    const auto count = py::arg("limitCount");
     const auto update = py::arg("update") = py::none();
-    m.def("sendCanFrame", &send<FrameFormat::AsFlagged>, py::arg("handle"), py::arg("frame"),
-          py::kw_only(), update,
-          "Send one CANRawFrame through the box; a CAN FD frame when its EDL is set.");
-    m.def("sendCanFDFrame", &send<FrameFormat::Fd>, py::arg("handle"), py::arg("frame"),
-          py::kw_only(), update, "Send one CANRawFrame through the box as a CAN FD frame.");
-    m.def("startCyclicCanFrame", &start<FrameFormat::AsFlagged>, py::arg("handle"),
-          py::arg("frame"), py::arg("ms"), py::arg("limitCount"), py::kw_only(), update,
-          "Send a frame every ms milliseconds, limitCount times or, when that is 0 or less, "
-          "without end.");
-    m.def("startCyclicCANFDFrame", &start<FrameFormat::Fd>, py::arg("handle"), py::arg("frame"),
-          py::arg("ms"), py::arg("limitCount"), py::kw_only(), update,
-          "Send a CAN FD frame every ms milliseconds, limitCount times or, when that is 0 or "
-          "less, without end.");
+    m.def("sendCanFrame", &send<FrameFormat::AsFlagged>, handle, frame, py::kw_only(), update,
+          kSendText);
+    m.def("sendCanFDFrame", &send<FrameFormat::Fd>, handle, frame, py::kw_only(), update,
+          kSendFdText);
+    m.def("startCyclicCanFrame", &start<FrameFormat::AsFlagged>, handle, frame, cycle, count,
+          py::kw_only(), update, kStartText);
+    m.def("startCyclicCANFDFrame", &start<FrameFormat::Fd>, handle, frame, cycle, count,
+          py::kw_only(), update, kStartFdText);
 }
 
 void addJobs(py::module_& m) {
     m.def("stopCyclicCanFrame", &stop, py::arg("cyclic"),
-          "Stop a cyclic frame; 0 when done, else a SendResult as int.");
+          "Stop a cyclic frame.\n\nReturns:\n    int: 0 when done, else a SendResult.");
     m.def("stopCyclicCanFDFrame", &stop, py::arg("cyclic"),
-          "Stop a cyclic CAN FD frame; 0 when done, else a SendResult as int.");
+          "Stop a cyclic CAN FD frame.\n\nReturns:\n    int: 0 when done, else a SendResult.");
     m.def(
         "updateCyclicCanFrame",
         [](const CANCyclicFrameHandle& cyclic, const CANRawFrame& frame) {
             return static_cast<int>(PySDKEntry::instance().updateCyclic(cyclic, frame));
         },
         py::arg("cyclic"), py::arg("frame"),
-        "Replace the frame of a running job and set its cycle to the handle's ms; its phase and "
-        "its counter go on. Result as stopCyclicCanFrame.");
+        R"(Replace the frame of a running job and set its cycle time to the handle's ms.
+
+The phase and the rolling counter go on.
+
+Returns:
+    int: 0 when done, else a SendResult.)");
     m.def(
         "pauseCyclicCanFrame",
         [](const CANCyclicFrameHandle& cyclic) {
             return static_cast<int>(PySDKEntry::instance().pauseCyclic(cyclic));
         },
-        py::arg("cyclic"), "Pause a cyclic frame. Result as stopCyclicCanFrame.");
+        py::arg("cyclic"),
+        "Pause a cyclic frame; its counter stands still.\n\nReturns:\n    int: 0 when done, else a "
+        "SendResult.");
     m.def(
         "resumeCyclicCanFrame",
         [](const CANCyclicFrameHandle& cyclic) {
             return static_cast<int>(PySDKEntry::instance().resumeCyclic(cyclic));
         },
-        py::arg("cyclic"), "Resume a paused cyclic frame. Result as stopCyclicCanFrame.");
+        py::arg("cyclic"),
+        "Resume a paused cyclic frame.\n\nReturns:\n    int: 0 when done, else a SendResult.");
 }
 
 void addLinTables(py::module_& m) {
@@ -171,7 +240,13 @@ void addLinTables(py::module_& m) {
             return static_cast<int>(PySDKEntry::instance().startLinTable(handle, table));
         },
         py::arg("handle"), py::arg("table"),
-        "Run a LIN schedule table on the channel it names; 0 when done, else a SendResult as int.");
+        R"(Run a LIN schedule table on the channel that it names, round after round until it is stopped.
+
+Returns:
+    int: 0 when done, else a SendResult.
+
+Raises:
+    ValueError: the handle's MAC address is malformed.)");
     m.def(
         "stopLinScheduleTable",
         [](const DeviceHandle& handle, Ranged<"channel", int32_t> channel) {
@@ -179,7 +254,14 @@ void addLinTables(py::module_& m) {
             PySDKEntry::instance().stopLinTable(handle, channel);
         },
         py::arg("handle"), py::arg("channel"),
-        "Stop the LIN schedule table that runs on a channel of the box.");
+        R"(Stop the LIN schedule table that runs on a channel of the box.
+
+Args:
+    handle: the box.
+    channel: LIN channel, counted from 0.
+
+Raises:
+    ValueError: the handle's MAC address is malformed.)");
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "databaseitem/DatabaseQueries.h"
 #include "pysdk/py_extension/interpreter_lock.h"
 #include "pysdk/py_extension/standard_output.h"
+#include "pysdk/py_extension/typed_objects.h"
 
 // How script functions run the database queries, which wait for a converter program.
 namespace scripts {
@@ -25,7 +26,7 @@ auto runQuery(Query&& query) {
 }
 
 template <class Value>
-pybind11::tuple toPair(int code, Value&& value) {
+CodeAnd<std::decay_t<Value>> toPair(int code, Value&& value) {
     return pybind11::make_tuple(code, std::forward<Value>(value));
 }
 

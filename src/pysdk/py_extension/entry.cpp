@@ -16,6 +16,33 @@ namespace py = pybind11;
 
 namespace {
 
+constexpr const char* kModuleText =
+    R"(Scripting of in-vehicle bus interface boxes: CAN, CAN FD, LIN, Ethernet, FlexRay.
+
+Life cycle: load, exit.
+Boxes: getDeviceList gives a DeviceHandle per box; getDeviceConfig, setDeviceConfig,
+    getChannelNames.
+Receiving: subscribeCanFrame, subscribeLinFrame, subscribeEthFrame, subscribeCanFrameById and the
+    unsubscribe calls; records are CANRawFrame, LinFrame, EthFrame.
+Sending: sendCanFrame, sendCanFDFrame; cyclically with startCyclicCanFrame and its relatives;
+    startLinScheduleTable. FrameUpdate adds a rolling counter and a CRC (CrcType).
+Recording: enableDataRecording, disableDataRecording, getRecordingStatus.
+Databases: loadCanDBC, loadCanArxml, loadLinLDF; findFrame, decodeFrame and the signal calls.
+Filters: CANFrameFilterList, LINFrameFilterList; attachDatabase names received frames.
+
+    import QuillScriptsSDK as sdk
+
+    sdk.load()
+    box = sdk.getDeviceList(sdk.DeviceType.All, 3000)[0]
+    sdk.subscribeCanFrame(box, print)
+    sdk.sendCanFrame(box, sdk.CANRawFrame(id=0x123, data=[1, 2, 3]))
+    sdk.exit()
+
+Channels count from 0, times are ns since the epoch on the clock of the box, payloads read as lists
+of ints 0 to 255. Records are plain values that can be copied; frames, settings and schedule tables
+can be made with keywords. A value out of its range raises ValueError, a wrong kind TypeError. Calls
+that wait release the interpreter lock. Without a box on the network, a virtual one answers.)";
+
 constexpr const char* kRootVariable = "QuillScriptsSDK_Root";
 // Log readers find the two lines of the import by these places.
 constexpr const char* kEntryFile = "src/pysdk/py_extension/entry";
@@ -52,10 +79,18 @@ void setRootVariable(const std::string& directory) {
 void addLifeCycle(py::module_& m) {
     m.def(
         "load", [] { PySDKEntry::instance(); },
-        "Make the SDK ready and start to look for boxes. Further calls do nothing.");
+        R"(Make the SDK ready and start to look for boxes. Further calls do nothing.
+
+Any other call does the same first; this one tells on standard output how it went: 'Init : true', or
+'Init : false' with the reason in the log.)");
     m.def("exit", &PySDKEntry::destroyInstance,
-          "Stop the SDK. To be called once, as the last call into the module.\n\n"
-          "Raises:\n    RuntimeError: called from a frame callable.");
+          R"(Stop the SDK. To be called once, as the last call into the module.
+
+A running recording is completed and all callables are dropped; one that runs is given a second to
+return. Any later call raises RuntimeError.
+
+Raises:
+    RuntimeError: called from a frame callable.)");
     // A script may end without exit(): then no callable may run while the interpreter goes.
     py::module_::import("atexit").attr("register")(
         py::cpp_function(&PySDKEntry::closeAtInterpreterEnd));
@@ -64,7 +99,7 @@ void addLifeCycle(py::module_& m) {
 }  // namespace
 
 PYBIND11_MODULE(QuillScriptsSDK, m) {
-    m.doc() = "Scripting of in-vehicle bus interface boxes: CAN, CAN FD, LIN, Ethernet, FlexRay.";
+    m.doc() = kModuleText;
     setUpLog();
     const auto directory = py::module_::import("os").attr("getcwd")().cast<std::string>();
     logAt(kDirectoryLine, directory);

@@ -26,6 +26,16 @@ template <class T>
         fmt::format("{} must be {} to {}, not {}", field, min, max, std::string(py::str(value))));
 }
 
+// A byte from a plain int, which is what lists hold as a rule; false leaves the rest to others.
+bool readPlainByte(PyObject* item, uint8_t& byte) {
+    if (!PyLong_CheckExact(item)) return false;
+    int overflow = 0;
+    const long number = PyLong_AsLongAndOverflow(item, &overflow);
+    if (overflow != 0 || number < 0 || number > 255) return false;
+    byte = static_cast<uint8_t>(number);
+    return true;
+}
+
 std::vector<uint8_t> readSequence(py::handle value, const char* field, size_t maxLength) {
     auto items = py::reinterpret_steal<py::object>(PySequence_Fast(value.ptr(), ""));
     if (!items) throw py::error_already_set();
@@ -38,8 +48,12 @@ std::vector<uint8_t> readSequence(py::handle value, const char* field, size_t ma
     bytes.reserve(count);
     // The size is asked for again in each step: __index__ of an element may change the list.
     for (Py_ssize_t i = 0; i < PySequence_Fast_GET_SIZE(items.ptr()); ++i) {
-        const auto item =
-            py::reinterpret_borrow<py::object>(PySequence_Fast_GET_ITEM(items.ptr(), i));
+        PyObject* next = PySequence_Fast_GET_ITEM(items.ptr(), i);
+        if (uint8_t byte = 0; readPlainByte(next, byte)) {
+            bytes.push_back(byte);
+            continue;
+        }
+        const auto item = py::reinterpret_borrow<py::object>(next);
         const std::string name = fmt::format("{}[{}]", field, i);
         bytes.push_back(static_cast<uint8_t>(readUnsigned(item, name.c_str(), 0, 255)));
     }
@@ -98,8 +112,8 @@ std::vector<uint8_t> readBytes(py::handle value, const char* field, size_t maxLe
     return readSequence(value, field, maxLength);
 }
 
-py::list toList(std::span<const uint8_t> bytes) {
-    py::list list(bytes.size());
+IntList toList(std::span<const uint8_t> bytes) {
+    IntList list(bytes.size());
     for (size_t i = 0; i < bytes.size(); ++i) {
         PyList_SET_ITEM(list.ptr(), static_cast<Py_ssize_t>(i), PyLong_FromLong(bytes[i]));
     }

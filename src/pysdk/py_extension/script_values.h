@@ -8,6 +8,8 @@
 #include <type_traits>
 #include <vector>
 
+#include "pysdk/py_extension/typed_objects.h"
+
 // Arguments and attributes that are checked on their way from a script: a wrong kind is a
 // TypeError, a value outside its range a ValueError, and both name the field.
 namespace scripts {
@@ -20,7 +22,7 @@ namespace scripts {
 // From bytes, bytearray or a sequence of ints 0 to 255.
 [[nodiscard]] std::vector<uint8_t> readBytes(pybind11::handle value, const char* field,
                                              size_t maxLength);
-[[nodiscard]] pybind11::list toList(std::span<const uint8_t> bytes);
+[[nodiscard]] IntList toList(std::span<const uint8_t> bytes);
 
 // A text as a template argument.
 template <size_t N>
@@ -95,7 +97,7 @@ struct type_caster<scripts::RangedDouble<Name, Min, Max>> {
 template <scripts::FieldName Name, size_t MaxLength>
 struct type_caster<scripts::BytesField<Name, MaxLength>> {
     using Field = scripts::BytesField<Name, MaxLength>;
-    PYBIND11_TYPE_CASTER(Field, const_name("Union[bytes, bytearray, List[int]]"));
+    PYBIND11_TYPE_CASTER(Field, const_name("Union[bytes, bytearray, list[int]]"));
 
     bool load(handle source, bool) {
         value.value = scripts::readBytes(source, Name.text, MaxLength);

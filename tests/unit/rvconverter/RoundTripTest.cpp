@@ -1,13 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <future>
 #include <random>
 
-#include "rvconverter/ConvertToolkit.h"
 #include "unit/rvconverter/BlfWalker.h"
 #include "unit/rvconverter/PythonCan.h"
 #include "unit/rvconverter/RecordMaker.h"
+#include "unit/rvconverter/RecordWriting.h"
 #include "unit/rvconverter/ScratchFolder.h"
 
 namespace quill::testing {
@@ -80,25 +79,9 @@ rv::RecordHandle recordOf(const Sent& sent) {
 }
 
 void writeFile(const std::string& path, uint32_t type, const std::vector<Sent>& traffic) {
-    rv::ConvertInfo info;
-    info.type = type;
-    info.path = std::wstring(path.begin(), path.end());
-    const auto context = rv::ConvertToolkit::createConvertContextPtr(info);
-    ASSERT_NE(context, nullptr) << rv::ConvertToolkit::lastError();
-    auto convert = std::async(std::launch::async, [&] { context->convertFrames(); });
-    auto persist = std::async(std::launch::async, [&] { context->persistFrames(); });
-    std::vector<rv::RecordHandle> list;
-    for (const Sent& sent : traffic) {
-        list.push_back(recordOf(sent));
-        if (list.size() == 700) context->acceptRecords(std::exchange(list, {}));
-    }
-    context->acceptRecords(std::move(list));
-    context->endOfInput();
-    convert.wait();
-    persist.wait();
-    EXPECT_EQ(context->exportedFrames(), traffic.size());
-    context->close();
-    EXPECT_EQ(context->errorText(), "");
+    std::vector<rv::RecordHandle> records;
+    for (const Sent& sent : traffic) records.push_back(recordOf(sent));
+    writeRecords(path, type, std::move(records));
 }
 
 std::string hexOf(const std::vector<uint8_t>& data) {

@@ -1,7 +1,11 @@
 #include <fstream>
+#include <map>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <sstream>
 
+#include "document/PlanBuilder.h"
+#include "document/SchemaCheck.h"
 #include "support.h"
 
 using simtest::SimTest;
@@ -52,7 +56,8 @@ INSTANTIATE_TEST_SUITE_P(
         BadDocument{"busKindMissing", R"({"buses": {"a": {}}})", "buses.a.kind: is missing"},
         BadDocument{"usbModel", R"({"usb": [{"model": "X"}]})",
                     "usb[0].model: expected one of \"USB-CAN\", \"RV-CANFD2\", \"ETAS\""},
-        BadDocument{"sourceBus", R"({"sources": [{"bus": "q", "periodic": {"id": 1}}]})",
+        BadDocument{"sourceBus",
+                    R"({"sources": [{"bus": "q", "periodic": {"id": 1, "period_ms": 1}}]})",
                     "sources[0].bus: there is no bus \"q\""},
         BadDocument{"sourceOfBothKinds",
                     R"({"buses": {"a": {"kind": "can"}},
@@ -65,7 +70,7 @@ INSTANTIATE_TEST_SUITE_P(
         BadDocument{"hexIdentifier",
                     R"({"buses": {"a": {"kind": "can"}},
                         "sources": [{"bus": "a", "periodic": {"id": "12G", "period_ms": 1}}]})",
-                    "sources[0].periodic.id: expected a hexadecimal identifier up to 2047"},
+                    "sources[0].periodic.id: expected hexadecimal digits"},
         BadDocument{"payload",
                     R"({"buses": {"a": {"kind": "can"}},
                         "sources": [{"bus": "a", "periodic": {"id": 1, "data": "1", "period_ms": 1}}]})",
@@ -99,8 +104,50 @@ INSTANTIATE_TEST_SUITE_P(
                     "seed: expected an integer from 0 to 9223372036854775807"},
         BadDocument{"hugeInteger", R"({"seed": 18446744073709551615})",
                     "seed: expected an integer from 0 to 9223372036854775807"},
+        BadDocument{"numberBeyondDouble", R"({"seed": 1e999})",
+                    "is not JSON: number overflow parsing '1e999'"},
         BadDocument{"replayWithoutFile", R"({"sources": [{"replay": {}}]})",
                     "sources[0].replay.file: is missing"},
+        BadDocument{"sourceOfNoKind", R"({"sources": [{"comment": 1}]})",
+                    "sources[0]: expected either \"periodic\" or \"replay\""},
+        BadDocument{"periodicWithoutBus", R"({"sources": [{"periodic": {"period_ms": 1}}]})",
+                    "sources[0].bus: is missing"},
+        BadDocument{"periodMissing", R"({"sources": [{"bus": "a", "periodic": {"id": 1}}]})",
+                    "sources[0].periodic.period_ms: is missing"},
+        BadDocument{"periodRange",
+                    R"({"sources": [{"bus": "a", "periodic": {"period_ms": 86400001}}]})",
+                    "sources[0].periodic.period_ms: expected a number from 0 to 86400000"},
+        BadDocument{"faultWithoutKind", R"({"faults": [{"box": "a"}]})",
+                    "faults[0].do: is missing"},
+        BadDocument{"faultWithoutBox", R"({"boxes": [{}], "faults": [{"do": "plug"}]})",
+                    "faults[0].box: is missing"},
+        BadDocument{"dipWithoutSwitches", R"({"faults": [{"do": "dip", "box": "a"}]})",
+                    "faults[0].dip: is missing"},
+        BadDocument{"statusMissing", R"({"faults": [{"do": "busStatus", "box": "a"}]})",
+                    "faults[0].status: is missing"},
+        BadDocument{"delayMissing", R"({"faults": [{"do": "slow", "function": "scan_rvhub4e"}]})",
+                    "faults[0].delay_ms: is missing"},
+        BadDocument{"secondOfTwo", R"({"usb": [{"model": "ETAS"}, {"model": "ETAS", "com": 1.5}]})",
+                    "usb[1].com: expected an integer from 0 to 65535"},
+        BadDocument{"channelsOfNoKind", R"({"boxes": [{"channels": {"can": "two"}}]})",
+                    "boxes[0].channels.can: expected an integer from 0 to 64 or a list"},
+        BadDocument{"channelOfNoKind", R"({"boxes": [{"channels": {"can": ["a", 1]}}]})",
+                    "boxes[0].channels.can[1]: expected a text or an object"},
+        BadDocument{"flag", R"({"boxes": [{"plugged": 1}]})",
+                    "boxes[0].plugged: expected true or false"},
+        BadDocument{"busWithoutName", R"({"buses": {"": {"kind": "can"}}})",
+                    "buses.: a bus needs a name"},
+        BadDocument{"busNamedLikeAPosition", R"({"buses": {"0": {"kind": "can", "x": 1}}})",
+                    "buses.0.x: unknown key"},
+        BadDocument{"keyWithQuotes", R"({"it's 'x'": 1})", "it's 'x': unknown key"},
+        BadDocument{"replayChannel",
+                    R"({"sources": [{"replay": {"file": "x", "channels": {"1": 7}}}]})",
+                    "sources[0].replay.channels.1: expected a text"},
+        // 62 characters, 64 bytes.
+        BadDocument{
+            "nameTooManyBytes",
+            R"({"boxes": [{"name": "012345678901234567890123456789012345678901234567890123456789äö"}]})",
+            "boxes[0].name: is longer than 63 bytes"},
         BadDocument{"notJson", "{\"boxes\": [}",
                     "is not JSON: at line 1, column 12: syntax error while parsing value - "
                     "unexpected '}'; expected '[', '{', or a literal"}),
@@ -109,7 +156,7 @@ INSTANTIATE_TEST_SUITE_P(
 class Documents : public SimTest {};
 
 TEST_F(Documents, everyPieceOfTheExampleIsRead) {
-    load(R"({"$schema": "docs/network.schema.json", "comment": "a rig",
+    load(R"({"$schema": "network.schema.json", "comment": "a rig",
         "seed": 7,
         "buses": {"body": {"kind": "can", "bitrate": 500000, "dataBitrate": 2000000},
                   "doors": {"kind": "lin", "bitrate": 19200}},
@@ -137,42 +184,130 @@ TEST_F(Documents, everyPieceOfTheExampleIsRead) {
     EXPECT_LT(simcore::busLoad("spare"), 0.0);
 }
 
-// The guide's own example, with a log that exists.
-TEST_F(Documents, theExampleOfTheGuideLoads) {
+// The guide's own examples, with a log that exists.
+TEST_F(Documents, theExamplesOfTheGuideLoad) {
     std::ifstream guide(QUILL_SOURCE_DIR "/docs/virtual-network.md");
-    std::stringstream text;
-    text << guide.rdbuf();
-    const size_t begin = text.str().find("```json") + 7;
-    auto document =
-        nlohmann::json::parse(text.str().substr(begin, text.str().find("```", begin) - begin));
+    std::stringstream stream;
+    stream << guide.rdbuf();
+    const std::string text = stream.str();
     const std::string log = ::testing::TempDir() + "simcore_guide.asc";
     std::ofstream(log) << "0.1 1 123 Rx d 1 00\n";
-    document["sources"][1]["replay"]["file"] = log;
-    load(document.dump());
-    EXPECT_EQ(scan().size(), 2U);
+    int documents = 0;
+    size_t begin = text.find("```json");
+    for (; begin != std::string::npos; begin = text.find("```json", begin + 7)) {
+        const size_t end = text.find("```", begin + 7);
+        auto document = nlohmann::json::parse(text.substr(begin + 7, end - begin - 7));
+        for (auto& source : document["sources"]) {
+            if (source.contains("replay")) source["replay"]["file"] = log;
+        }
+        load(document.dump());
+        EXPECT_EQ(scan().size(), document["boxes"].size());
+        ++documents;
+    }
+    EXPECT_GE(documents, 1);
+    ASSERT_NE(text.find(R"(`{"boxes": []}`)"), std::string::npos);
+    load(R"({"boxes": []})");
+    EXPECT_TRUE(scan().empty());
 }
 
-// Whatever the schema allows is known to the reader; a key that only one of them has is a mistake.
-TEST_F(Documents, keysOfTheSchemaAreKnown) {
-    std::ifstream file(QUILL_SOURCE_DIR "/docs/network.schema.json");
-    const auto schema = nlohmann::json::parse(file);
-    const auto wrap = [](const std::string& what, nlohmann::json entry) {
-        if (what == "bus") return nlohmann::json{{"buses", {{"x", std::move(entry)}}}};
-        if (what == "box") return nlohmann::json{{"boxes", {std::move(entry)}}};
-        if (what == "usbDevice") return nlohmann::json{{"usb", {std::move(entry)}}};
-        return nlohmann::json{{what + "s", {std::move(entry)}}};
-    };
-    int keys = 0;
-    for (const char* what : {"bus", "box", "usbDevice", "source", "responder", "fault"}) {
-        for (const auto& [key, value] : schema["$defs"][what]["properties"].items()) {
-            std::string reason;
-            nlohmann::json entry = {{key, nullptr}};
-            simcore::loadNetwork(wrap(what, entry).dump(), reason);
-            EXPECT_EQ(reason.find("unknown key"), std::string::npos) << what << ": " << reason;
-            ++keys;
+nlohmann::json jsonFile(const std::string& name) {
+    std::ifstream file(std::string(QUILL_SOURCE_DIR "/") + name);
+    return nlohmann::json::parse(file, nullptr, false);
+}
+
+const nlohmann::json* behindReference(const nlohmann::json& schema, const nlohmann::json* part) {
+    if (!part->contains("$ref")) return part;
+    return &schema.at(nlohmann::json::json_pointer((*part)["$ref"].get<std::string>().substr(1)));
+}
+
+// For every object of the schema that a document has, by its place in memory: the keys that the
+// reader asked for.
+using KeysOfParts = std::map<const nlohmann::json*, std::set<std::string>>;
+
+void collectKeys(const nlohmann::json& schema, const nlohmann::json* reference,
+                 const nlohmann::json& value, const std::string& path,
+                 const simcore::document::KeysRead& read, KeysOfParts& parts) {
+    const nlohmann::json* part = behindReference(schema, reference);
+    if (value.is_array() && part->contains("items")) {
+        for (size_t i = 0; i < value.size(); ++i) {
+            collectKeys(schema, &(*part)["items"], value[i], path + "[" + std::to_string(i) + "]",
+                        read, parts);
         }
     }
-    EXPECT_GT(keys, 50);
+    if (!value.is_object()) return;
+    if (part->contains("properties") && read.count(path) != 0) {
+        parts[part].insert(read.at(path).begin(), read.at(path).end());
+    }
+    for (const auto& [key, member] : value.items()) {
+        const nlohmann::json* next = nullptr;
+        if (part->contains("properties")) {
+            next = &(*part)["properties"].at(key);
+        } else if (part->contains("additionalProperties")) {
+            next = &(*part)["additionalProperties"];
+        }
+        const std::string below = path.empty() ? key : path + "." + key;
+        if (next != nullptr) collectKeys(schema, next, member, below, read, parts);
+    }
+}
+
+// A key that only one of the two knows would be refused, or accepted and passed over.
+TEST_F(Documents, readerAndSchemaKnowTheSameKeys) {
+    const auto schema = jsonFile("platform/simcore/network.schema.json");
+    const auto document = jsonFile("fuzz/seeds/network/every_key.json");
+    ASSERT_TRUE(schema.is_object() && document.is_object());
+    EXPECT_EQ(simcore::document::checkAgainstSchema(document), "");
+    simcore::document::KeysRead read;
+    simcore::document::Complaint complaint(read);
+    simcore::engine::NetworkPlan plan;
+    simcore::document::PlanBuilder(plan, "").readDocument(
+        simcore::document::Node(document, "", complaint));
+    EXPECT_EQ(complaint.text(), "");
+    KeysOfParts parts;
+    collectKeys(schema, &schema, document, "", read, parts);
+    EXPECT_EQ(parts.size(), 14U);  // objects with keys of their own
+    for (const auto& [part, keys] : parts) {
+        std::set<std::string> allowed;
+        for (const auto& [key, value] : (*part)["properties"].items()) {
+            if (key != "comment" && key != "$schema") allowed.insert(key);
+        }
+        EXPECT_EQ(keys, allowed);
+    }
+}
+
+// The reader takes integers as they are, so each must have its bounds.
+void expectBounds(const nlohmann::json& part, int& integers) {
+    if (part.is_object() && part.contains("type") && part["type"].dump().find("integer") < 20) {
+        EXPECT_TRUE(part.contains("minimum") && part.contains("maximum")) << part;
+        ++integers;
+    }
+    if (!part.is_structured()) return;
+    for (const auto& below : part) expectBounds(below, integers);
+}
+
+TEST_F(Documents, integersOfTheSchemaHaveBounds) {
+    int integers = 0;
+    expectBounds(jsonFile("platform/simcore/network.schema.json"), integers);
+    EXPECT_GT(integers, 15);
+}
+
+TEST_F(Documents, hugeOnesWithMistakesAreRefusedWithinBounds) {
+    std::string boxes = R"({"boxes": [7)";
+    for (int i = 0; i < 200'000; ++i) boxes += ",7";
+    const std::string digits(1'000'000, '0');
+    const std::string source = R"({"buses": {"a": {"kind": "can"}}, "sources": [{"bus": "a", )";
+    const std::pair<std::string, const char*> documents[] = {
+        {boxes + "]}", "document: has a mistake and is too large to say where"},
+        {R"({"boxes": [{"mac": ")" + digits + R"("}]})",
+         "boxes[0].mac: expected six hexadecimal pairs such as 02:00:00:00:00:01"},
+        {source + R"("periodic": {"period_ms": 1, "id": ")" + digits + R"("}}]})",
+         "sources[0].periodic.id: expected hexadecimal digits"},
+        {source + R"("periodic": {"period_ms": 1, "id": 1, "data": ")" + digits + R"("}}]})",
+         "sources[0].periodic.data: has more than 8 bytes"}};
+    for (const auto& [text, complaint] : documents) {
+        std::string reason;
+        EXPECT_FALSE(simcore::loadNetwork(text, reason));
+        EXPECT_EQ(reason, std::string("network document: ") + complaint);
+    }
 }
 
 TEST_F(Documents, aFileIsNamedByItsPath) {

@@ -70,6 +70,17 @@ TEST_F(Replay, speedScalesAndLoopGoesOn) {
     }
 }
 
+// Times at the end of what a log can hold, at a speed that stretches them beyond all bounds, and
+// passes that start anew behind them: the first frame comes, the others lie out of reach.
+TEST_F(Replay, timesBeyondReachStayThere) {
+    play(write("far.log", "(1.0) c 1#\n(3999999999.0) c 2#\n(1.0) c 3#\n(3999999999.0) c 4#\n"),
+         R"(, "speed": 1e-300, "loop": true)");
+    simcore::advance(1000 * kMs);
+    const auto frames = readCan(m_handle);
+    ASSERT_EQ(frames.size(), 1U);
+    EXPECT_EQ(frames[0].id, 1U);
+}
+
 TEST_F(Replay, playsAgainForWhoTracesAfterTheEnd) {
     play(write("again.log", "(10.000) c 1#\n(10.001) c 2#\n"));
     simcore::advance(50 * kMs);

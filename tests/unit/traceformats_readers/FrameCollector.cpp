@@ -80,10 +80,14 @@ Collected collect(Format format, std::span<const uint8_t> bytes, size_t unitsPer
     return result;
 }
 
-std::optional<std::vector<uint8_t>> corpusFile(const std::string& name) {
-    std::ifstream file(std::string(QUILL_SOURCE_DIR "/../shared/corpus/") + name, std::ios::binary);
+std::optional<std::vector<uint8_t>> wholeFile(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
     if (!file) return std::nullopt;
     return std::vector<uint8_t>(std::istreambuf_iterator<char>(file), {});
+}
+
+std::optional<std::vector<uint8_t>> corpusFile(const std::string& name) {
+    return wholeFile(std::string(QUILL_SOURCE_DIR "/../shared/corpus/") + name);
 }
 
 }  // namespace quill::traceformats::test

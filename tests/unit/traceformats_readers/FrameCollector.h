@@ -35,6 +35,9 @@ enum class Format { Blf, Asc, Pcap, Pcapng };
 [[nodiscard]] Collected collect(Format format, std::span<const uint8_t> bytes,
                                 size_t unitsPerBatch = 100);
 
+// Bytes of a file; empty when it cannot be opened.
+[[nodiscard]] std::optional<std::vector<uint8_t>> wholeFile(const std::string& path);
+
 // A corpus file beside the project; empty when it is not there.
 [[nodiscard]] std::optional<std::vector<uint8_t>> corpusFile(const std::string& name);
 

@@ -4,12 +4,6 @@
 
 namespace simcore::api {
 
-std::optional<Call> callByName(std::string_view name) {
-    const auto* at = std::find(kCallNames.begin(), kCallNames.end(), name);
-    if (at == kCallNames.end()) return std::nullopt;
-    return static_cast<Call>(at - kCallNames.begin());
-}
-
 CallGate::Verdict CallGate::judge(Call call, const std::string& box) {
     const std::lock_guard lock(m_mutex);
     Verdict verdict;

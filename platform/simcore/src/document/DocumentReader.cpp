@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "document/PlanBuilder.h"
+#include "document/SchemaCheck.h"
 #include "quill_os/environment.h"
 #include "quill_os/paths.h"
 
@@ -39,24 +40,35 @@ bool isJsonText(const std::string& document) {
     return at != std::string::npos && document[at] == '{';
 }
 
-std::optional<engine::NetworkPlan> parse(const std::string& text, const std::string& folder,
-                                         const std::string& origin, std::string& reason) {
-    nlohmann::json json;
-    try {
-        json = nlohmann::json::parse(text);
-    } catch (const nlohmann::json::parse_error& error) {
-        // The library's text begins with its own error number; the position follows.
-        const std::string what = error.what();
-        const size_t at = what.find("at line");
-        reason = origin + ": is not JSON: " + (at == std::string::npos ? what : what.substr(at));
-        return std::nullopt;
-    }
+std::optional<engine::NetworkPlan> planOf(const nlohmann::json& json, const std::string& folder,
+                                          const std::string& origin, std::string& reason) {
     engine::NetworkPlan plan;
     Complaint complaint;
     PlanBuilder builder(plan, folder);
     builder.readDocument(Node(json, std::string(), complaint));
     if (complaint.text().empty()) return plan;
     reason = origin + ": " + complaint.text();
+    return std::nullopt;
+}
+
+std::optional<engine::NetworkPlan> parse(const std::string& text, const std::string& folder,
+                                         const std::string& origin, std::string& reason) {
+    nlohmann::json json;
+    try {
+        json = nlohmann::json::parse(text);
+    } catch (const nlohmann::json::exception& error) {
+        // The library's text begins with its own error number; the position follows, or for a
+        // number that no double holds, what is wrong with it.
+        const std::string what = error.what();
+        const size_t line = what.find("at line");
+        const size_t number = what.find("number overflow");
+        const size_t at = line == std::string::npos ? number : line;
+        reason = origin + ": is not JSON: " + (at == std::string::npos ? what : what.substr(at));
+        return std::nullopt;
+    }
+    const std::string mistake = checkAgainstSchema(json);
+    if (mistake.empty()) return planOf(json, folder, origin, reason);
+    reason = origin + ": " + mistake;
     return std::nullopt;
 }
 
@@ -103,7 +115,9 @@ std::optional<engine::NetworkPlan> planFromEnvironment(std::string& origin, std:
     if (document && !document->empty()) {
         return readPlan(*document, "SIMCORE_NETWORK", origin, reason);
     }
-    auto plan = readPlan(builtInNetwork(), "built-in network", origin, reason);
+    // Ours, so it is not held against the schema, which would cost every script its time.
+    origin = "built-in network";
+    auto plan = planOf(nlohmann::json::parse(builtInNetwork()), std::string(), origin, reason);
     const auto replay = quill::os::getEnvironment("SIMCORE_REPLAY");
     if (plan && replay && !replay->empty()) {
         origin = "SIMCORE_REPLAY";

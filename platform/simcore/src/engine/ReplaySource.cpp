@@ -5,6 +5,7 @@
 
 #include "engine/Network.h"
 #include "engine/TypedBus.h"
+#include "logs/Words.h"
 
 namespace simcore::engine {
 
@@ -124,10 +125,10 @@ void ReplaySource::readBatch() {
             continue;
         }
         if (m_framesOfPass == 0) m_firstRaw = frame.timeNs;
-        frame.timeNs += m_shiftNs;
+        frame.timeNs = std::min(frame.timeNs + m_shiftNs, logs::kLatestNs);
         if (m_frames == 0) m_firstNs = frame.timeNs;
         if (m_frames > 0 && frame.timeNs < m_lastNs) {
-            m_shiftNs += m_lastNs - frame.timeNs;
+            m_shiftNs = std::min(m_shiftNs + m_lastNs - frame.timeNs, logs::kLatestNs);
             frame.timeNs = m_lastNs;
         }
         m_lastNs = frame.timeNs;
@@ -143,7 +144,8 @@ bool ReplaySource::nextPass() {
     if (!m_plan.loop || m_framesOfPass == 0) return false;
     const auto gaps = static_cast<int64_t>(std::max<uint64_t>(m_frames, 2) - 1);
     const int64_t mean = (m_lastNs - m_firstNs) / gaps;
-    m_shiftNs = m_lastNs + std::max(mean, kLeastPassGapNs) - m_firstRaw;
+    const int64_t next = m_lastNs + std::max(mean, kLeastPassGapNs) - m_firstRaw;
+    m_shiftNs = std::min(next, logs::kLatestNs);
     m_framesOfPass = 0;
     m_reader->rewind();
     return true;
@@ -151,7 +153,8 @@ bool ReplaySource::nextPass() {
 
 int64_t ReplaySource::dueOf(const logs::LogFrame& frame) const {
     const auto since = static_cast<double>(frame.timeNs - m_firstNs);
-    return m_startedAt + static_cast<int64_t>(since / m_plan.speed);
+    const auto latest = static_cast<double>(logs::kLatestNs);
+    return m_startedAt + static_cast<int64_t>(std::min(since / m_plan.speed, latest));
 }
 
 Bus* ReplaySource::busFor(const logs::LogFrame& frame) const {

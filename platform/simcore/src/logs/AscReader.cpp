@@ -50,7 +50,7 @@ LineResult AscReader::parse(std::string_view line, LogFrame& frame) {
     const auto time = parseSeconds(first);
     if (!time) return LineResult::noFrame;
     // Relative times count from the event before, whatever kind of event it was.
-    m_timeNs = m_relative ? m_timeNs + *time : *time;
+    m_timeNs = m_relative ? std::min(m_timeNs + *time, kLatestNs) : *time;
     frame.timeNs = m_timeNs;
     return parseEvent(words, frame);
 }

@@ -1,5 +1,7 @@
 #include "logs/LineSource.h"
 
+#include <utility>
+
 #include "quill_os/paths.h"
 
 namespace simcore::logs {
@@ -11,20 +13,31 @@ constexpr size_t kLongestLine = 65536;
 
 bool LineSource::open(const std::string& path) {
     m_file.reset(quill::os::openFile(path, "rb"));
-    m_buffer.clear();
-    m_at = 0;
-    m_end = m_file == nullptr;
-    m_skipping = false;
+    m_text.clear();
+    rewind();
     return m_file != nullptr;
 }
 
+void LineSource::openText(std::string text) {
+    m_file.reset();
+    m_text = std::move(text);
+    rewind();
+}
+
 void LineSource::rewind() {
-    if (m_file == nullptr) return;
-    std::rewind(m_file.get());
+    if (m_file != nullptr) std::rewind(m_file.get());
+    m_textAt = 0;
     m_buffer.clear();
     m_at = 0;
     m_end = false;
     m_skipping = false;
+}
+
+size_t LineSource::readBlock(char* to, size_t most) {
+    if (m_file != nullptr) return std::fread(to, 1, most, m_file.get());
+    const size_t got = m_text.copy(to, most, m_textAt);
+    m_textAt += got;
+    return got;
 }
 
 bool LineSource::fill() {
@@ -32,14 +45,14 @@ bool LineSource::fill() {
     m_at = 0;
     const size_t held = m_buffer.size();
     m_buffer.resize(held + kBlock);
-    const size_t got = std::fread(m_buffer.data() + held, 1, kBlock, m_file.get());
+    const size_t got = readBlock(m_buffer.data() + held, kBlock);
     m_buffer.resize(held + got);
     m_end = got == 0;
     return got > 0;
 }
 
 bool LineSource::next(std::string_view& line) {
-    while (m_file != nullptr) {
+    while (true) {
         size_t end = m_buffer.find('\n', m_at);
         if (end == std::string::npos) {
             if (m_buffer.size() - m_at > kLongestLine) {
@@ -59,7 +72,6 @@ bool LineSource::next(std::string_view& line) {
         if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
         return true;
     }
-    return false;
 }
 
 }  // namespace simcore::logs

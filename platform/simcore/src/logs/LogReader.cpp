@@ -1,5 +1,7 @@
 #include "logs/LogReader.h"
 
+#include <utility>
+
 #include "logs/AscReader.h"
 #include "logs/CandumpReader.h"
 #include "logs/Words.h"
@@ -31,8 +33,20 @@ std::unique_ptr<LogReader> LogReader::open(const std::string& path, std::string&
         reason = path + ": cannot be opened";
         return nullptr;
     }
+    return openLines(path, std::move(lines), reason);
+}
+
+std::unique_ptr<LogReader> LogReader::openText(const std::string& name, std::string text,
+                                               std::string& reason) {
+    LineSource lines;
+    lines.openText(std::move(text));
+    return openLines(name, std::move(lines), reason);
+}
+
+std::unique_ptr<LogReader> LogReader::openLines(const std::string& name, LineSource lines,
+                                                std::string& reason) {
     std::unique_ptr<LogReader> reader;
-    if (!endsWith(path, ".asc") && looksLikeCandump(lines)) {
+    if (!endsWith(name, ".asc") && looksLikeCandump(lines)) {
         reader = std::make_unique<CandumpReader>();
     } else {
         reader = std::make_unique<AscReader>();
@@ -41,7 +55,7 @@ std::unique_ptr<LogReader> LogReader::open(const std::string& path, std::string&
     reader->m_lines.rewind();
     LogFrame first;
     if (!reader->next(first)) {
-        reason = path + ": holds no frame that can be played";
+        reason = name + ": holds no frame that can be played";
         return nullptr;
     }
     reader->rewind();

@@ -28,6 +28,9 @@ public:
     // Picks the format by extension and content; null with a reason that names the file.
     [[nodiscard]] static std::unique_ptr<LogReader> open(const std::string& path,
                                                          std::string& reason);
+    // The same over a log in memory; `name` stands for the path.
+    [[nodiscard]] static std::unique_ptr<LogReader> openText(const std::string& name,
+                                                             std::string text, std::string& reason);
     // False at the end of the log.
     [[nodiscard]] bool next(LogFrame& frame);
     void rewind();
@@ -38,6 +41,10 @@ protected:
     virtual void begin() {}
 
 private:
+    [[nodiscard]] static std::unique_ptr<LogReader> openLines(const std::string& name,
+                                                              LineSource lines,
+                                                              std::string& reason);
+
     LineSource m_lines;
     uint64_t m_unreadable = 0;
 };

@@ -9,7 +9,7 @@ char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + '
 }  // namespace
 
 std::optional<int64_t> parseSeconds(std::string_view word) {
-    constexpr int64_t kMostSeconds = 9'000'000'000;
+    constexpr uint64_t kMostSeconds = kLatestNs / 1'000'000'000 - 1;
     constexpr size_t kDecimals = 9;
     const size_t point = word.find('.');
     const auto seconds = parseNumber<uint64_t>(word.substr(0, point), 10);

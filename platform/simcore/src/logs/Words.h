@@ -41,7 +41,10 @@ template <class Number>
     return value;
 }
 
-// Seconds with up to nine decimals, as nanoseconds.
+// The latest time of a log. Two of them can be added.
+inline constexpr int64_t kLatestNs = 4'000'000'000'000'000'000;
+
+// Seconds with up to nine decimals, as nanoseconds; nothing beyond kLatestNs.
 [[nodiscard]] std::optional<int64_t> parseSeconds(std::string_view word);
 
 // Compares without letter case (ASCII).

@@ -44,7 +44,7 @@ struct TraceFrame {
     uint16_t channel = 0;  // as in files, from 1
     uint32_t id = 0;       // CAN identifier without the format bit, LIN identifier, FlexRay slot
     uint32_t flags = 0;    // bits above, by kind
-    uint8_t dlc = 0;       // CAN: data length code 0 to 15, as on the bus
+    uint8_t dlc = 0;       // CAN: data length code 0 to 15, as on the bus; LIN: payload bytes
     std::span<const uint8_t> data;  // Ethernet: from the MAC header, without checksum
 
     uint16_t checksum = 0;    // LIN

@@ -4,6 +4,7 @@ import time
 
 RAISES_EVERY = 7
 KEPT_FRAMES = 500
+ON_PURPOSE = "on purpose"
 
 
 class SoakError(Exception):
@@ -34,6 +35,8 @@ class Keeping(Counting):
         self.frames = collections.deque(maxlen=KEPT_FRAMES)
 
     def act(self, frame):
+        if isinstance(frame, self.run.sdk.LinFrame):
+            self.run.sdk.toLinMessage(self.run.steady, frame)
         if hasattr(frame, "id"):
             frame.id = 1
         repr(frame)
@@ -62,10 +65,16 @@ class Busy(Slow):
 
 
 class Raising(Counting):
+    """Raises now and then; even what would end a script must not end delivery."""
+
+    def __init__(self, run, choice):
+        super().__init__(run)
+        self.error = [SoakError, SoakError, SystemExit, KeyboardInterrupt][choice % 4]
+
     def act(self, frame):
         if self.count % RAISES_EVERY == 0:
             self.run.raised_on_purpose()
-            raise SoakError("on purpose")
+            raise self.error(ON_PURPOSE)
 
 
 class UsesModule(Counting):
@@ -89,6 +98,8 @@ class UsesModule(Counting):
             lambda: sdk.unsubscribeEthFrame(run.handles["flaky-1"]),
             lambda: sdk.subscribeLinFrame(run.handles["flaky-2"], None),
             lambda: repr(run.handles["flaky-2"]),
+            lambda: sdk.getCounters().devices,
+            lambda: sdk.setDeviceConfig(run.handle(run.handles["flaky-2"].deviceInfo.mac)),
         ]
         calls[self.choice % len(calls)]()
 
@@ -106,5 +117,5 @@ def random_callable(run, rng):
     frames, seconds, choice = rng.randrange(1, 10), rng.uniform(0.001, 0.03), rng.randrange(100)
     return rng.choice([
         lambda: Counting(run), lambda: Keeping(run), lambda: Slow(run, frames, seconds),
-        lambda: Busy(run, frames, seconds), lambda: Raising(run), lambda: UsesModule(run, choice),
+        lambda: Busy(run, frames, seconds), lambda: Raising(run, choice), lambda: UsesModule(run, choice),
         lambda: CallsWhenDropped(run), lambda: None])()

@@ -76,8 +76,8 @@ class RestPoints:
     def _look(self, quiet):
         run, now = self._run, self._run.sdk.getCounters()
         faults = counters.unbalanced(now) if quiet else []
-        if self._last_counters is not None:
-            faults += counters.went_backwards(self._last_counters, now)
+        faults += counters.went_backwards(self._last_counters, now)
+        faults += counters.impossible(now)
         self._last_counters = now
         if quiet and now.callbackErrors != run.raised:
             faults.append(f"{now.callbackErrors} callback errors counted, {run.raised} raised")

@@ -18,7 +18,7 @@ import faulty_network
 import operations
 import process_state
 import rest
-from callables import SoakError
+from callables import ON_PURPOSE
 from database_folder import DatabaseFolder
 from ledger import Ledger
 from operations.transmit import JOB_SLOTS
@@ -53,6 +53,7 @@ class Run:
         self.ledger = Ledger()
         self.over = False
         self.raised = 0
+        self.seen_counters = None
         self._teller = teller
         self._ending = threading.Event()
         self._recordings = 0
@@ -114,7 +115,7 @@ class Run:
 def watch_unraisable(run):
     """Errors of callables come here; those on purpose are counted where they are raised."""
     def hook(unraisable):
-        if isinstance(unraisable.exc_value, SoakError):
+        if str(unraisable.exc_value) == ON_PURPOSE:
             return
         if run.over and isinstance(unraisable.exc_value, RuntimeError):
             return
@@ -198,8 +199,13 @@ def perform(run, options, teller):
 
 
 def close_module(run, gate, cast, options):
-    """Even seeds close the module in the midst of the operations, odd ones after them."""
-    if options.seed % 2:
+    """By its seed, a run closes the module in the midst of the operations, after them, or leaves
+    that to the interpreter's end."""
+    end = ["in the midst", "after", "never"][options.seed % 3]
+    if end == "never":
+        run.end()
+        return
+    if end == "after":
         run.end()
         gate.end()
         for actor in cast:

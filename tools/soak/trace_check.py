@@ -33,7 +33,7 @@ class TraceCheck:
         self.frames = 0
 
     def check(self, path, written):
-        """Texts about what is wrong with a file."""
+        """Texts about what is wrong with a file of so many frames; None where nobody knows."""
         path = pathlib.Path(path)
         database = path.with_suffix(path.suffix + ".qtrace")
         try:
@@ -47,9 +47,9 @@ class TraceCheck:
         done = subprocess.run([self._quilltrace, "import", "--strict", "--quiet", str(path), "-o",
                                str(database)], capture_output=True, text=True, timeout=300,
                               check=False)
-        if written == 0:
+        if not written and done.returncode != 0:
             return [] if done.returncode in (0, NO_FRAME) else [
-                f"{path.name}: empty recording, import ended with {done.returncode}"]
+                f"{path.name}: import ended with {done.returncode}: {done.stderr.strip()}"]
         if done.returncode != 0:
             return [f"{path.name}: import ended with {done.returncode}: {done.stderr.strip()}"]
         info = subprocess.run([self._quilltrace, "info", str(database)], capture_output=True,
@@ -62,7 +62,7 @@ class TraceCheck:
                                             (CAN,)).fetchone()[0]
         connection.close()
         self.frames += frames
-        if frames != written:
+        if written is not None and frames != written:
             return [f"{path.name}: {written} frames were written, {frames} were read"]
         return self._compare(path, can_frames)
 

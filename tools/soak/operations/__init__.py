@@ -8,7 +8,7 @@ import dataclasses
 import importlib
 
 MODULES = ["devices", "transmit", "lin", "receive", "filtering", "recording", "databases",
-           "garbage"]
+           "garbage", "computing"]
 
 
 @dataclasses.dataclass(frozen=True)

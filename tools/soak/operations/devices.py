@@ -1,6 +1,7 @@
 """Boxes, their handles and their configuration."""
 import copy
 
+import counters
 from operations import Group
 
 GROUP = Group("devices", pause=0.03)
@@ -65,6 +66,16 @@ def write_refused_config(run, rng):
     config = run.sdk.BoxConfig(can=[extra])
     assert not run.sdk.setDeviceConfig(handle, config), "a channel that is not there was written"
     return False
+
+
+@GROUP.operation(weight=4)
+def read_counters(run, rng):
+    """In the midst of traffic they need not add up, but they only grow, and nothing is negative."""
+    now = run.sdk.getCounters()
+    faults = counters.impossible(now) + counters.went_backwards(run.seen_counters, now)
+    run.seen_counters = now  # one actor reads them here
+    assert not faults, faults
+    assert len(repr(now)) > 100
 
 
 @GROUP.operation(weight=3)

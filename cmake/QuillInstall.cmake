@@ -37,5 +37,7 @@ endfunction()
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/pysdk/stubs/
     DESTINATION ${QUILL_INSTALL_PYTHON_FOLDER})
 install(FILES README.md CHANGELOG.md LICENSE DESTINATION share/doc/quillscriptssdk)
+install(FILES platform/simcore/network.schema.json
+    DESTINATION share/doc/quillscriptssdk/platform/simcore)
 install(DIRECTORY docs examples DESTINATION share/doc/quillscriptssdk
     PATTERN __pycache__ EXCLUDE)

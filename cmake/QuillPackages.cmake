@@ -6,6 +6,10 @@ find_package(fmt CONFIG REQUIRED)
 find_package(spdlog CONFIG REQUIRED)
 find_package(nlohmann_json CONFIG REQUIRED)
 find_package(valijson CONFIG REQUIRED)
+# Later versions than Debian's put their target into a name space.
+if(NOT TARGET valijson)
+    add_library(valijson ALIAS ValiJSON::valijson)
+endif()
 find_package(Qt6 REQUIRED COMPONENTS Core)
 # Its own package file names what the library links in turn; Debian's has none.
 find_package(Protobuf CONFIG QUIET)

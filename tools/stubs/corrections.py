@@ -32,6 +32,9 @@ for _attribute, _element in (("can", "CanChannelConfig"), ("lin", "LinChannelCon
              "reads as a tuple, and what was read can be written")
 _correct(["*.__deepcopy__"], "memo", "dict", "dict[int, object]", "what copy.deepcopy hands in")
 
+# Callables may be None, which keeps none, except in these calls: a list for nobody has no use.
+CALLABLE_NEEDED = {"subscribeCanFrames", "subscribeLinFrames"}
+
 # Three texts that scripts already know are shorter than what there is to say.
 DETAILS = {
     "getDeviceList": """\

@@ -1,5 +1,6 @@
 """Writes the type stub of a surface."""
 import re
+import textwrap
 
 HEADER = '''\
 # Made by "./quill stubs" from the built module; a test holds it against the module.
@@ -17,9 +18,10 @@ _BUILTINS = ("int", "float", "str", "bool", "bytes", "bytearray", "object", "lis
 def quoted(text, indent):
     """A docstring; the closing quotes stand on the line of a short one."""
     text = text.replace("\\", "\\\\").replace('"""', '\\"\\"\\"')
-    lines = text.splitlines()
-    if len(lines) == 1 and len(text) + len(indent) <= 94 and not text.endswith('"'):
+    if len(text) + len(indent) <= 94 and "\n" not in text and not text.endswith('"'):
         return [f'{indent}"""{text}"""']
+    # A text of several lines has been laid out by its author.
+    lines = text.splitlines() if "\n" in text else textwrap.wrap(text, 96 - len(indent))
     body = [indent + line if line else "" for line in lines[1:]]
     return [f'{indent}"""{lines[0]}', *body, f'{indent}"""']
 

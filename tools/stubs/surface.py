@@ -77,7 +77,8 @@ class Reader:
                 parameters.append(signatures.Parameter(parameter.name, ""))
                 continue
             kind = self.type_of(kind, owner, parameter.name)
-            takes_none = kind.startswith("Callable[") or parameter.default == "None"
+            takes_none = parameter.default == "None" or (
+                kind.startswith("Callable[") and owner not in corrections.CALLABLE_NEEDED)
             if takes_none and not kind.endswith("| None"):
                 kind += " | None"
             default = parameter.default if parameter.default in ("", "None") else "..."
@@ -152,7 +153,8 @@ class Reader:
     def check_corrections(self):
         """Raises SignatureError when a correction fits nothing any more."""
         stale = [" ".join(key) for key in corrections.TYPES if key not in self.used]
-        stale += [name for name in corrections.DETAILS if not hasattr(self.module, name)]
+        stale += [name for name in (*corrections.DETAILS, *corrections.CALLABLE_NEEDED)
+                  if not hasattr(self.module, name)]
         if stale:
             raise signatures.SignatureError("corrections without use: " + "; ".join(stale))
 

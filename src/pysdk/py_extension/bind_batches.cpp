@@ -31,14 +31,33 @@ template <class Record>
 using ListCallback = CallbackFor<std::vector<Record>>;
 
 constexpr const char* kSubscribeDoc =
-    "Call a callable with lists of the %s frames of a box, in time order, sent ones included; it "
-    "replaces an earlier one of this kind. A list is handed over when it holds maxFrames (1 to "
-    "100000) frames or its first one has waited about maxDelayMs (0 to 10000). The interpreter is "
-    "entered once a list, so this keeps up with a busy bus beside script threads that compute. "
-    "With a filter list, only frames that it passes. True when tracing could be started.";
+    R"(Call a callable with lists of the %s frames of a box, in time order, sent ones included.
+
+The interpreter is entered once a list, so this keeps up with a busy bus beside script threads that
+compute. A box can have a callable for single frames and one for lists.
+
+Args:
+    handle: the box.
+    callback: takes a list of frames, which it may keep; it replaces an earlier one of this kind.
+    maxFrames: a list is handed over when it holds so many, 1 to 100000.
+    maxDelayMs: or when its first frame has waited about so long, in ms, 0 to 10000.
+    filter: only frames that this list passes; None for all.
+
+Returns:
+    bool: True when tracing could be started.
+
+Raises:
+    ValueError: the handle's MAC address is malformed, or a number is out of its range.)";
 constexpr const char* kUnsubscribeDoc =
-    "Drop the callable that takes lists; frames that wait for it are dropped with it. Tracing "
-    "stops with the box's last subscription, unless a recording runs. True when that went well.";
+    R"(Drop the callable that takes lists; frames that wait for it are dropped with it.
+
+Tracing stops with the box's last subscription, unless a recording runs.
+
+Returns:
+    bool: True when that went well.
+
+Raises:
+    ValueError: the handle's MAC address is malformed.)";
 
 template <class Record, class List, Bus bus>
 void addBus(py::module_& m, const char* subscribe, const char* unsubscribe, const char* busText) {

@@ -22,8 +22,9 @@ constexpr const char* kModuleText =
 Life cycle: load, exit.
 Boxes: getDeviceList gives a DeviceHandle per box; getDeviceConfig, setDeviceConfig,
     getChannelNames.
-Receiving: subscribeCanFrame, subscribeLinFrame, subscribeEthFrame, subscribeCanFrameById and the
-    unsubscribe calls; records are CANRawFrame, LinFrame, EthFrame.
+Receiving: subscribeCanFrame, subscribeLinFrame, subscribeEthFrame, subscribeCanFrameById, with
+    lists of frames subscribeCanFrames and subscribeLinFrames, and the unsubscribe calls; records
+    are CANRawFrame, LinFrame, EthFrame. getCounters tells where the frames are.
 Sending: sendCanFrame, sendCanFDFrame; cyclically with startCyclicCanFrame and its relatives;
     startLinScheduleTable. FrameUpdate adds a rolling counter and a CRC (CrcType).
 Recording: enableDataRecording, disableDataRecording, getRecordingStatus.

@@ -3,6 +3,7 @@
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 
+#include <utility>
 #include <vector>
 
 // Python objects whose signature texts tell what they hold. Signatures are what scripts, editors
@@ -68,6 +69,7 @@ public:
 
 }  // namespace scripts
 
+// NOLINTBEGIN(readability-identifier-naming): the names are pybind11's
 namespace pybind11::detail {
 
 template <class Value>
@@ -107,3 +109,4 @@ struct type_caster<scripts::ListOf<Item>> : list_caster<scripts::ListOf<Item>, I
 };
 
 }  // namespace pybind11::detail
+// NOLINTEND(readability-identifier-naming)

@@ -4,8 +4,9 @@
 Life cycle: load, exit.
 Boxes: getDeviceList gives a DeviceHandle per box; getDeviceConfig, setDeviceConfig,
     getChannelNames.
-Receiving: subscribeCanFrame, subscribeLinFrame, subscribeEthFrame, subscribeCanFrameById and the
-    unsubscribe calls; records are CANRawFrame, LinFrame, EthFrame.
+Receiving: subscribeCanFrame, subscribeLinFrame, subscribeEthFrame, subscribeCanFrameById, with
+    lists of frames subscribeCanFrames and subscribeLinFrames, and the unsubscribe calls; records
+    are CANRawFrame, LinFrame, EthFrame. getCounters tells where the frames are.
 Sending: sendCanFrame, sendCanFDFrame; cyclically with startCyclicCanFrame and its relatives;
     startLinScheduleTable. FrameUpdate adds a rolling counter and a CRC (CrcType).
 Recording: enableDataRecording, disableDataRecording, getRecordingStatus.
@@ -843,7 +844,8 @@ class RVBoxDeviceInfo:
     com: int
     """Number as the box reports it."""
     mac: str
-    """MAC address, which calls find the box by: six pairs of hexadecimal digits separated by colons or hyphens.
+    """MAC address, which calls find the box by: six pairs of hexadecimal digits separated by
+    colons or hyphens.
     """
     model: str
     """Name of the model."""
@@ -1145,7 +1147,8 @@ class RecordingStatus:
     def __deepcopy__(self, memo: dict[int, object]) -> RecordingStatus: ...
 
 class HandOverCounters:
-    """Frames that one hand-over has seen since the start. At any quiet moment received = delivered + held + dropped.
+    """Frames that one hand-over has seen since the start. At any quiet moment received = delivered
+    + held + dropped.
     """
     @property
     def received(self) -> int:
@@ -1198,7 +1201,8 @@ class DeviceCounters:
         """Reader threads; frames are dropped when nobody has subscribed."""
     @property
     def clockOffsetUs(self) -> int:
-        """Clock of the box less clock of the host in microseconds, some milliseconds too small for the way of a frame; 0 before the first frame.
+        """Clock of the box less clock of the host in microseconds, some milliseconds too small for
+        the way of a frame; 0 before the first frame.
         """
     @property
     def channels(self) -> list[ChannelCounters]:
@@ -1207,7 +1211,8 @@ class DeviceCounters:
     def __deepcopy__(self, memo: dict[int, object]) -> DeviceCounters: ...
 
 class Counters:
-    """Every hand-over on the road of the frames: library, readers, resort, dispatch, delivery. What one has delivered, the next has received.
+    """Every hand-over on the road of the frames: library, readers, resort, dispatch, delivery.
+    What one has delivered, the next has received.
     """
     @property
     def library(self) -> HandOverCounters:
@@ -1223,7 +1228,8 @@ class Counters:
         """Dispatch thread; frames are dropped after exit()."""
     @property
     def delivery(self) -> HandOverCounters:
-        """Callables: delivered to one or more, held for a list, dropped when no callable wants the frame. Recording takes its frames before.
+        """Callables: delivered to one or more, held for a list, dropped when no callable wants the
+        frame. Recording takes its frames before.
         """
     @property
     def calls(self) -> int:
@@ -2004,32 +2010,80 @@ def getRecordingStatus() -> RecordingStatus:
 
 def subscribeCanFrames(
     handle: DeviceHandle,
-    callback: Callable[[list[CANRawFrame]], object] | None,
+    callback: Callable[[list[CANRawFrame]], object],
     *,
     maxFrames: int = ...,
     maxDelayMs: int = ...,
     filter: CANFrameFilterList | None = None,
 ) -> bool:
-    """Call a callable with lists of the CAN frames of a box, in time order, sent ones included; it replaces an earlier one of this kind. A list is handed over when it holds maxFrames (1 to 100000) frames or its first one has waited about maxDelayMs (0 to 10000). The interpreter is entered once a list, so this keeps up with a busy bus beside script threads that compute. With a filter list, only frames that it passes. True when tracing could be started.
+    """Call a callable with lists of the CAN frames of a box, in time order, sent ones included.
+
+    The interpreter is entered once a list, so this keeps up with a busy bus beside script threads that
+    compute. A box can have a callable for single frames and one for lists.
+
+    Args:
+        handle: the box.
+        callback: takes a list of frames, which it may keep; it replaces an earlier one of this kind.
+        maxFrames: a list is handed over when it holds so many, 1 to 100000.
+        maxDelayMs: or when its first frame has waited about so long, in ms, 0 to 10000.
+        filter: only frames that this list passes; None for all.
+
+    Returns:
+        bool: True when tracing could be started.
+
+    Raises:
+        ValueError: the handle's MAC address is malformed, or a number is out of its range.
     """
 
 def unsubscribeCanFrames(handle: DeviceHandle) -> bool:
-    """Drop the callable that takes lists; frames that wait for it are dropped with it. Tracing stops with the box's last subscription, unless a recording runs. True when that went well.
+    """Drop the callable that takes lists; frames that wait for it are dropped with it.
+
+    Tracing stops with the box's last subscription, unless a recording runs.
+
+    Returns:
+        bool: True when that went well.
+
+    Raises:
+        ValueError: the handle's MAC address is malformed.
     """
 
 def subscribeLinFrames(
     handle: DeviceHandle,
-    callback: Callable[[list[LinFrame]], object] | None,
+    callback: Callable[[list[LinFrame]], object],
     *,
     maxFrames: int = ...,
     maxDelayMs: int = ...,
     filter: LINFrameFilterList | None = None,
 ) -> bool:
-    """Call a callable with lists of the LIN frames of a box, in time order, sent ones included; it replaces an earlier one of this kind. A list is handed over when it holds maxFrames (1 to 100000) frames or its first one has waited about maxDelayMs (0 to 10000). The interpreter is entered once a list, so this keeps up with a busy bus beside script threads that compute. With a filter list, only frames that it passes. True when tracing could be started.
+    """Call a callable with lists of the LIN frames of a box, in time order, sent ones included.
+
+    The interpreter is entered once a list, so this keeps up with a busy bus beside script threads that
+    compute. A box can have a callable for single frames and one for lists.
+
+    Args:
+        handle: the box.
+        callback: takes a list of frames, which it may keep; it replaces an earlier one of this kind.
+        maxFrames: a list is handed over when it holds so many, 1 to 100000.
+        maxDelayMs: or when its first frame has waited about so long, in ms, 0 to 10000.
+        filter: only frames that this list passes; None for all.
+
+    Returns:
+        bool: True when tracing could be started.
+
+    Raises:
+        ValueError: the handle's MAC address is malformed, or a number is out of its range.
     """
 
 def unsubscribeLinFrames(handle: DeviceHandle) -> bool:
-    """Drop the callable that takes lists; frames that wait for it are dropped with it. Tracing stops with the box's last subscription, unless a recording runs. True when that went well.
+    """Drop the callable that takes lists; frames that wait for it are dropped with it.
+
+    Tracing stops with the box's last subscription, unless a recording runs.
+
+    Returns:
+        bool: True when that went well.
+
+    Raises:
+        ValueError: the handle's MAC address is malformed.
     """
 
 def getCounters() -> Counters:

@@ -51,10 +51,7 @@ TEST_P(BlfKind, readsBackAsItWasWritten) {
         frame.direction = FrameDirection::Rx;  // the object has none
         frame.errorFlags = 0xA5C3;
     }
-    if (kind.kind == FrameKind::Lin) {
-        frame.checksum = 0xBEEF;
-        frame.dlc = static_cast<uint8_t>(kind.length);
-    }
+    if (kind.kind == FrameKind::Lin) frame.checksum = 0xBEEF;
     if (kind.kind == FrameKind::FlexRay) {
         frame.channelMask = 2;
         frame.cycle = 63;

@@ -39,9 +39,12 @@ class Teller:
         self._lock = threading.Lock()
 
     def tell(self, event, **fields):
-        with self._lock:
-            self._file.write(json.dumps({"event": event} | fields) + "\n")
-            self._file.flush()
+        try:
+            with self._lock:
+                self._file.write(json.dumps({"event": event} | fields) + "\n")
+                self._file.flush()
+        except BrokenPipeError:
+            os._exit(3)  # the supervisor is gone
 
 
 class Run:
@@ -52,6 +55,7 @@ class Run:
         self.memory_bound_mib = options.memory_bound
         self.ledger = Ledger()
         self.over = False
+        self.resting = False
         self.raised = 0
         self.seen_counters = None
         self._teller = teller

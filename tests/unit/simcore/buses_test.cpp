@@ -177,8 +177,8 @@ TEST_F(Buses, clocksOfBoxesDiffer) {
     EXPECT_NEAR(static_cast<double>(other) - static_cast<double>(own), -1'900'000.0, 1000.0);
 }
 
-// A frame may carry an earlier stamp than the moment at which the clock of its box was changed, when
-// the machine was busy or its own clock was set back. It must not land days away.
+// A frame may carry an earlier stamp than the moment at which the clock of its box was changed,
+// when the machine was busy or its own clock was set back. It must not land days away.
 TEST_F(Buses, aClockThatDriftsTakesEarlierFrames) {
     load(R"({"boxes": [{"name": "A", "channels": {"can": ["b"]}},
                        {"name": "B", "channels": {"can": ["b"]}}]})");

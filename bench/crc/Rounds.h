@@ -55,6 +55,16 @@ public:
         }
     }
 
+    // The slowest median among the contestants whose name begins so, in ns a call, after run().
+    [[nodiscard]] double slowest(const std::string& prefix) const {
+        double most = 0;
+        for (const Entry& entry : m_entries) {
+            if (!entry.name.starts_with(prefix)) continue;
+            most = std::max(most, entry.nanoseconds[entry.nanoseconds.size() / 2]);
+        }
+        return most;
+    }
+
 private:
     struct Entry {
         std::string name;

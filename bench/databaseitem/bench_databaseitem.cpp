@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "TableRow.h"
 #include "core/log/Log.h"
 #include "databaseitem/CanDbcDatabaseItem.h"
 #include "databaseitem/ConverterSettings.h"
@@ -94,6 +95,11 @@ void benchQuery(const fs::path& source, const fs::path& folder, int rounds) {
     measure(sides, rounds);
     std::printf("  query / (converter + JSON + model) = %.2f\n",
                 sides[0].median() / (sides[1].median() + sides[4].median()));
+    bench::printRow({.what = ("query of " + source.filename().string() + " by id").c_str(),
+                     .unit = "us",
+                     .ours = sides[0].median(),
+                     .floor = sides[1].median() + sides[4].median(),
+                     .wanted = "1.3 x the sum of its parts at most"});
     if (!fs::exists("/usr/bin/canconvert")) return;
     const std::string peerOut = (folder / "peer.json").string();
     std::vector<Side> peer = {
@@ -106,6 +112,12 @@ void benchQuery(const fs::path& source, const fs::path& folder, int rounds) {
     };
     measure(peer, std::max(3, rounds / 10));
     std::printf("  canconvert / query = %.1f\n", peer[1].median() / peer[0].median());
+    bench::printRow({.what = ("queries a second, " + source.filename().string()).c_str(),
+                     .unit = "1/s",
+                     .ours = 1e6 / peer[0].median(),
+                     .peer = 1e6 / peer[1].median(),
+                     .peerName = "canconvert",
+                     .wanted = source.filename() == "tesla_can.dbc" ? "30 x peer" : "12 x peer"});
 }
 
 // Starting a child from a process with much memory: the cost of copying page tables shows here.
@@ -154,6 +166,9 @@ void benchDecode(int rounds) {
     std::printf("decodeFrame, %d calls\n", kCalls);
     measure(sides, rounds);
     std::printf("  %.0f ns a frame\n", sides[0].median() * 1000 / kCalls);
+    bench::printRow({.what = "decodeFrame, 10 signals, in C++",
+                     .unit = "ns",
+                     .ours = sides[0].median() * 1000 / kCalls});
     for (size_t i = 1; i < frame.signals.size(); ++i) {
         frame.signals[i]->multiplex.isMultiplexed = true;
         frame.signals[i]->multiplex.multiplexor = "Signal0";

@@ -13,6 +13,7 @@
 #include <thread>
 #include <vector>
 
+#include "TableRow.h"
 #include "core/hardware/RVFrameResortBuffer.h"
 
 namespace {
@@ -138,5 +139,11 @@ int main(int argc, char** argv) {
     std::sort(plain.begin(), plain.end());
     std::printf("median: take %.1f %% of a core, %.1f times less than sorting the whole queue\n",
                 ours[ours.size() / 2] * 100, plain[plain.size() / 2] / ours[ours.size() / 2]);
+    bench::printRow({.what = "resort buffer at 1,000,000 frames/s from 4 threads",
+                     .unit = "% of a core",
+                     .ours = ours[ours.size() / 2] * 100,
+                     .peer = plain[plain.size() / 2] * 100,
+                     .peerName = "sort all",
+                     .wanted = ""});
     return 0;
 }

@@ -9,6 +9,7 @@
 
 #include "Benches.h"
 #include "Rounds.h"
+#include "TableRow.h"
 #include "core/playback/importer/AscLineFrameParser.h"
 #include "core/playback/importer/BlfObjectFrameParser.h"
 #include "core/playback/importer/PcapPacketParser.h"
@@ -135,14 +136,16 @@ double pythonRate(const char* reader, const std::string& path) {
     return rate;
 }
 
-void againstPython(const char* reader, const std::string& path, double rate, double target) {
+// Answers the peer's rate for the table.
+double againstPython(const char* reader, const std::string& path, double rate, double target) {
     const double python = pythonRate(reader, path);
     if (python == 0) {
         fmt::print("  {} is not installed here\n", reader);
-        return;
+        return ::bench::kNone;
     }
     fmt::print("  {:<34} {:>21.0f} k/s\n", reader, python / 1e3);
     printRatio(fmt::format("ours / {}", reader), rate, python, target);
+    return python;
 }
 }  // namespace
 
@@ -154,14 +157,27 @@ void runParseBenches(const TraceFiles& files, int rounds) {
                                     {"floor: inflate and walk", [&] { return walkBlf(path); }}},
                                    rounds);
         printRatio("ours / floor", rates[0], rates[1], 0.40);
-        againstPython("BLFReader", path, rates[0], 10);
+        const double peer = againstPython("BLFReader", path, rates[0], 10);
+        ::bench::printRow({.what = fmt::format("BLF parsing, {}", name).c_str(),
+                           .unit = "frames/s",
+                           .ours = rates[0],
+                           .floor = rates[1],
+                           .peer = peer,
+                           .peerName = "python-can",
+                           .wanted = "0.4 x floor, 10 x peer"});
     }
     for (const char* name : {"can.asc", "fd.asc"}) {
         const std::string path = files.path(name);
         const auto rates =
             compare(fmt::format("ASC {}: parse alone", name),
                     {{"ours: lines to frames", [&] { return parseAsc(path); }}}, rounds);
-        againstPython("ASCReader", path, rates[0], 15);
+        const double peer = againstPython("ASCReader", path, rates[0], 15);
+        ::bench::printRow({.what = fmt::format("ASC parsing, {}", name).c_str(),
+                           .unit = "lines/s",
+                           .ours = rates[0],
+                           .peer = peer,
+                           .peerName = "python-can",
+                           .wanted = "15 x peer"});
     }
     const std::string pcap = files.path("can.pcap");
     const std::string next = files.path("can.pcapng");
@@ -173,6 +189,14 @@ void runParseBenches(const TraceFiles& files, int rounds) {
                                rounds);
     printRatio("ours / library, PCAP", rates[0], rates[1], 0.60);
     printRatio("ours / library, PCAPNG", rates[2], rates[3], 0.60);
+    for (const size_t side : {0U, 2U}) {
+        ::bench::printRow({.what = side == 0 ? "PCAP parsing" : "PCAPNG parsing",
+                           .unit = "packets/s",
+                           .ours = rates[side],
+                           .peer = rates[side + 1],
+                           .peerName = "libpcap's loop",
+                           .wanted = "0.6 x peer"});
+    }
 }
 
 }  // namespace quill::bench

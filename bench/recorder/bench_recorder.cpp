@@ -10,6 +10,7 @@
 #include <functional>
 #include <future>
 
+#include "TableRow.h"
 #include "core/playback/recorder/FrameRecorder.h"
 #include "recorder/floor_loop.h"
 #include "recorder/python_writer.h"
@@ -107,6 +108,15 @@ void benchBlf(const Options& options, bool fd, int level) {
     floor.print("floor", 1e-6, "M frames/s");
     toFloor.print("writer / floor", 1, "");
     toFloorCpu.print("writer / floor by processor time", 1, "");
+    const std::string what = std::string("BLF writing, ") + (fd ? "CAN FD 64" : "CAN 8") +
+                             ", level " + std::to_string(level);
+    bench::printRow({.what = what.c_str(),
+                     .unit = "frames/s",
+                     .ours = ours.median(),
+                     .floor = floor.median(),
+                     .peer = python.values.empty() ? bench::kNone : python.median(),
+                     .peerName = "python-can",
+                     .wanted = "0.8 x floor, 4 x peer"});
     if (python.values.empty()) return;
     python.print("python-can BLFWriter", 1e-6, "M frames/s");
     toPython.print("writer / python-can", 1, "");
@@ -126,6 +136,12 @@ void benchAsc(const Options& options, bool fd) {
         toPython.add(ours.values.back() / *rate);
     }
     std::printf("ASC %s, %zu frames\n", fd ? "CAN FD 64" : "CAN 8", count);
+    bench::printRow({.what = fd ? "ASC writing, CAN FD 64" : "ASC writing, CAN 8",
+                     .unit = "lines/s",
+                     .ours = ours.median(),
+                     .peer = python.values.empty() ? bench::kNone : python.median(),
+                     .peerName = "python-can",
+                     .wanted = "10 x peer"});
     ours.print("writer", 1e-6, "M lines/s");
     if (python.values.empty()) return;
     python.print("python-can ASCWriter", 1e-6, "M lines/s");
@@ -160,6 +176,10 @@ void benchRecordFrame(const Options& options) {
         p99.add(static_cast<double>(costs[costs.size() * 99 / 100]) - clock);
     }
     std::printf("recordFrame, %zu frames of 8 bytes, one call at a time\n", frames.size());
+    bench::printRow({.what = "recordFrame on the delivery thread",
+                     .unit = "ns",
+                     .ours = medians.median(),
+                     .wanted = "150 ns at most"});
     medians.print("median call", 1, "ns");
     p99.print("99th percentile", 1, "ns");
     clockCost.print("(clock, already taken off)", 1, "ns");

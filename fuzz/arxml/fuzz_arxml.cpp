@@ -5,12 +5,12 @@
 #include <string>
 
 #include "arxml/Convert.h"
-#include "common/TextDecoding.h"
+#include "quill_textencoding/TextDecoding.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string bytes(reinterpret_cast<const char*>(data), size);
-    if (quill::dbjson::refuseAsText(bytes)) return 0;
-    const std::string text = quill::dbjson::decodeText(bytes);
+    if (quill::text::refuseAsText(bytes)) return 0;
+    const std::string text = quill::text::decodeText(bytes);
     for (const auto format : {quill::arxml::Format::kArxml, quill::arxml::Format::kFibex}) {
         quill::dbjson::Diagnostics diagnostics;
         quill::dbjson::JsonWriter json;

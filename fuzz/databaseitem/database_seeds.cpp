@@ -6,12 +6,12 @@
 #include <string>
 
 #include "arxml/Convert.h"
-#include "common/TextDecoding.h"
 #include "dbc/DbcJson.h"
 #include "dbc/DbcReader.h"
 #include "ldf/LdfJson.h"
 #include "ldf/LdfReader.h"
 #include "own_seeds.h"
+#include "quill_textencoding/TextDecoding.h"
 
 namespace quill::fuzz {
 
@@ -19,7 +19,7 @@ namespace {
 
 std::string textOf(const char* name) {
     std::ifstream file(std::string(QUILL_SOURCE_DIR) + "/" + name, std::ios::binary);
-    return dbjson::decodeText(std::string(std::istreambuf_iterator<char>(file), {}));
+    return quill::text::decodeText(std::string(std::istreambuf_iterator<char>(file), {}));
 }
 
 std::string convertDbc(const char* name, dbjson::Diagnostics& diagnostics) {

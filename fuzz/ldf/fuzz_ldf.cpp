@@ -5,20 +5,20 @@
 #include <cstdlib>
 #include <string>
 
-#include "common/TextDecoding.h"
 #include "ldf/LdfJson.h"
 #include "ldf/LdfReader.h"
+#include "quill_textencoding/TextDecoding.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     namespace dbjson = quill::dbjson;
     std::string bytes(reinterpret_cast<const char*>(data), size);
-    if (dbjson::refuseAsText(bytes)) return 0;
-    const std::string text = dbjson::decodeText(std::move(bytes));
+    if (quill::text::refuseAsText(bytes)) return 0;
+    const std::string text = quill::text::decodeText(std::move(bytes));
     dbjson::Diagnostics diagnostics;
     const auto model = dbjson::ldf::readLdf(text, diagnostics);
     if (diagnostics.failed()) return 0;
     dbjson::JsonWriter json;
     dbjson::ldf::writeLdfJson(model, json);
-    if (!dbjson::isValidUtf8(json.text())) std::abort();
+    if (!quill::text::isValidUtf8(json.text())) std::abort();
     return 0;
 }

@@ -8,7 +8,9 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <string_view>
 #include <system_error>
+#include <vector>
 
 #include "core/log/Log.h"
 #include "quill_os/paths.h"
@@ -39,6 +41,16 @@ uint64_t stableHash(const std::string& text) {
     uint64_t hash = 14695981039346656037U;
     for (const char c : text) hash = (hash ^ static_cast<uint8_t>(c)) * 1099511628211U;
     return hash;
+}
+
+// "<begin><digits>.tmp"
+bool isLeftover(const std::string& name, const std::string& begin) {
+    constexpr std::string_view kEnd = ".tmp";
+    if (name.size() <= begin.size() + kEnd.size()) return false;
+    if (!name.starts_with(begin) || !name.ends_with(kEnd)) return false;
+    return std::all_of(name.begin() + static_cast<ptrdiff_t>(begin.size()),
+                       name.end() - static_cast<ptrdiff_t>(kEnd.size()),
+                       [](char c) { return c >= '0' && c <= '9'; });
 }
 
 bool readInto(std::FILE* file, QByteArray& bytes) {
@@ -105,6 +117,25 @@ bool removeDocument(const std::string& jsonPath, std::string& reason) {
     if (!error) return true;
     reason = error.message();
     return false;
+}
+
+void removeLeftovers(const std::string& jsonPath) {
+    const fs::path document = quill::os::pathFromUtf8(jsonPath);
+    const std::string begin = quill::os::pathToUtf8(document.filename()) + ".";
+    std::error_code error;
+    const fs::path folder = document.has_parent_path() ? document.parent_path() : ".";
+    std::vector<fs::path> leftovers;
+    for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
+        if (isLeftover(quill::os::pathToUtf8(at->path().filename()), begin)) {
+            leftovers.push_back(at->path());
+        }
+    }
+    for (const fs::path& leftover : leftovers) {
+        if (fs::remove(leftover, error)) {
+            QUILL_INFO(quill::log::kDatabase, "{}: left by a converter, removed",
+                       quill::os::pathToUtf8(leftover));
+        }
+    }
 }
 
 DocumentContent readDocumentFile(const std::string& jsonPath) {

@@ -32,6 +32,10 @@ struct PathCheck {
 // False with a reason when the file is there and cannot be removed, or its folder is read-only.
 [[nodiscard]] bool removeDocument(const std::string& jsonPath, std::string& reason);
 
+// Removes what converters that were killed left beside the document: each writes to a file of the
+// document's name with a number and ".tmp" behind it. Nobody may be converting to that document.
+void removeLeftovers(const std::string& jsonPath);
+
 // A JSON document in memory, or why there is none.
 struct DocumentContent {
     enum class State { Whole, Missing, Broken };
@@ -50,6 +54,7 @@ class DocumentLock {
 public:
     DocumentLock(const std::string& jsonPath, std::chrono::milliseconds timeout,
                  const std::function<bool()>& interrupted);
+    [[nodiscard]] bool held() const { return m_lock != nullptr; }
 
 private:
     std::unique_ptr<quill::os::NamedLock> m_lock;

@@ -154,11 +154,14 @@ bool DatabaseItem::convertAndRead(const std::string& path, const Conversion& con
     // Everyone who wants this document goes in turn, or one would remove what another is about to
     // read. Without the lock the rounds below still end in a whole document or in a failure.
     const DocumentLock lock(conversion.jsonPath, settings.timeout * 2, settings.interrupted);
+    // Under the lock no converter of ours writes here, so what lies here was left by a killed one.
+    if (lock.held()) removeLeftovers(conversion.jsonPath);
     for (int round = 0; round < kMaxRounds; ++round) {
         if (!removeOldDocument(conversion.jsonPath)) return false;
         QUILL_INFO(quill::log::kDatabase, "begin extern parse ...");
         if (!dbFile2Json(conversion.program, conversion.arguments)) {
             QUILL_ERROR(quill::log::kDatabase, "dbFile2Json failed, dbc path: {}", path);
+            if (lock.held()) removeLeftovers(conversion.jsonPath);
             if (!isFolderWritable(path))
                 (void)fail("the folder of " + path + " may not be written to");
             return false;

@@ -9,7 +9,7 @@
 #include "databaseitem/DatabaseFiles.h"
 #include "databaseitem/LinLdfDatabaseItem.h"
 #include "databaseitem/LinScheduleTables.h"
-#include "databaseitem/TextEncoding.h"
+#include "quill_textencoding/TextDecoding.h"
 #include "signal/ScriptValue.h"
 #include "signal/SignalValue.h"
 
@@ -142,7 +142,7 @@ QueryResult<std::string> readContents(const std::string& path) {
         QUILL_ERROR(quill::log::kDatabase, "{}: {}", path, reason);
         return {kLoadFailed, {}};
     }
-    return {kQueryDone, toUtf8(std::move(bytes))};
+    return {kQueryDone, quill::text::decodeText(std::move(bytes))};
 }
 
 const LDFFrame* frameOfScriptName(const LinLdfDatabase& database, const std::string& name) {

@@ -31,7 +31,7 @@ struct QueryResult {
 // unsigned raw value x factor + offset, LDF the unsigned raw value. Nothing when the query failed.
 using DecodedValue = std::variant<std::monostate, double, std::string>;
 
-// Whole content of a file as UTF-8 text; bytes that are not UTF-8 are taken as Windows-1252.
+// Whole content of a file as UTF-8 text, its encoding guessed as the converters guess it.
 [[nodiscard]] QueryResult<std::string> readCanDBCContents(const std::string& path);
 [[nodiscard]] QueryResult<std::string> readCanArxmlContents(const std::string& path);
 

@@ -3,8 +3,9 @@
 #include "quill_os/paths.h"
 
 #ifdef _WIN32
-#include <shellapi.h>
 #include <windows.h>
+
+#include <shellapi.h>  // needs the types of windows.h
 #else
 #include <iconv.h>
 #include <array>

@@ -1,8 +1,10 @@
 #include "quill_os/threads.h"
 
 #ifdef _WIN32
-#include <timeapi.h>
 #include <windows.h>
+
+#include <timeapi.h>  // needs the types of windows.h
+
 #include <string>
 #include <thread>
 #else

@@ -26,14 +26,6 @@ bool hasSignature(std::span<const uint8_t> bytes, const std::array<uint8_t, 4>& 
            std::equal(signature.begin(), signature.end(), bytes.begin());
 }
 
-void storeBaseHeader(const BlfObjectHeader& header, uint8_t* out) {
-    std::copy(kBlfObjectSignature.begin(), kBlfObjectSignature.end(), out);
-    storeU16(out + 4, header.headerSize);
-    storeU16(out + 6, header.headerVersion);
-    storeU32(out + 8, header.objectSize);
-    storeU32(out + 12, header.type);
-}
-
 }  // namespace
 
 void encodeBlfHeader(const BlfHeader& header, std::span<uint8_t, kBlfFileHeaderSize> out) {
@@ -76,14 +68,6 @@ std::optional<BlfHeader> decodeBlfHeader(std::span<const uint8_t> bytes) {
     return header;
 }
 
-void encodeBlfObjectHeader(const BlfObjectHeader& header, uint8_t* out) {
-    storeBaseHeader(header, out);
-    storeU32(out + 16, header.flags);
-    storeU16(out + 20, header.clientIndex);
-    storeU16(out + 22, header.objectVersion);
-    storeU64(out + 24, header.timestamp);
-}
-
 std::optional<BlfObjectHeader> decodeBlfBaseHeader(std::span<const uint8_t> bytes) {
     if (bytes.size() < kBlfBaseHeaderSize || !hasSignature(bytes, kBlfObjectSignature)) return {};
     const uint8_t* from = bytes.data();
@@ -112,12 +96,13 @@ std::optional<BlfObjectHeader> decodeBlfObjectHeader(std::span<const uint8_t> by
 }
 
 void encodeBlfContainerHeader(const BlfContainerHeader& header, uint8_t* out) {
-    std::fill(out, out + kBlfContainerHeaderSize, uint8_t{0});
     BlfObjectHeader base;
     base.headerSize = kBlfBaseHeaderSize;
     base.objectSize = header.objectSize;
     base.type = static_cast<uint32_t>(BlfType::LogContainer);
-    storeBaseHeader(base, out);
+    encodeBlfObjectHeader(base, out);
+    // What follows the base header is the container's own.
+    std::fill(out + kBlfBaseHeaderSize, out + kBlfContainerHeaderSize, uint8_t{0});
     storeU16(out + 16, header.method);
     storeU32(out + 24, header.uncompressedSize);
 }

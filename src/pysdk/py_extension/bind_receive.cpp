@@ -32,90 +32,81 @@ FrameViews::List sourceOf(const List& list) {
     return list == nullptr ? nullptr : list->source();
 }
 
-template <class List>
-void setFilter(const DeviceHandle& handle, FrameViews::Bus bus, const List& list) {
-    PySDKEntry::instance().delivery().views().setSubscriptionFilter(
-        handle.deviceInfo.mac, bus, FrameViews::Form::Single, sourceOf(list));
-}
-
 ScriptRegistries& registries() { return PySDKEntry::instance().delivery().registries(); }
 
-void addDeviceSubscriptions(py::module_& m) {
-    m.def(
-        "subscribeCanFrame",
-        [](const DeviceHandle& handle, const CanCallback& callback, const CanList& filter) {
-            checkAddress(handle);
-            setFilter(handle, FrameViews::Bus::Can, filter);
-            return PySDKEntry::instance().subscribeCan(handle, callback.callback);
-        },
-        py::arg("handle"), py::arg("callback"), py::kw_only(), py::arg("filter") = py::none(),
-        R"(Call a callable with every CAN frame of a box, sent ones included.
+// Texts with "%" for the kind of frame.
+constexpr const char* kSubscribeText =
+    R"(Call a callable with every % frame of a box, sent ones included.
 
 Args:
     handle: the box.
     callback: takes one frame, which it may keep; None counts and records without a call. It
         replaces an earlier one and runs on the SDK's own thread, in the order of the time stamps,
         240 ms after the frame's time. What it raises goes to sys.unraisablehook.
-    filter: only frames that this list passes; None for all.
-
+)";
+constexpr const char* kFilterText =
+    "    filter: only frames that this list passes; None for all.\n";
+constexpr const char* kSubscribeEnd = R"(
 Returns:
     bool: True when tracing could be started.
 
 Raises:
-    ValueError: the handle's MAC address is malformed.)");
-    m.def(
-        "unsubscribeCanFrame",
-        [](const DeviceHandle& handle) {
-            checkAddress(handle);
-            return PySDKEntry::instance().unsubscribeCan(handle);
-        },
-        py::arg("handle"),
-        R"(Drop the callable for CAN frames and stop tracing on the box, for all kinds of frames.
+    ValueError: the handle's MAC address is malformed.)";
+constexpr const char* kUnsubscribeText =
+    R"(Drop the callable for % frames and stop tracing on the box, for all kinds of frames.
 
 Returns:
     bool: True when tracing could be stopped.
 
 Raises:
-    ValueError: the handle's MAC address is malformed.)");
+    ValueError: the handle's MAC address is malformed.)";
+
+std::string forKind(std::string text, const char* kind) {
+    text.replace(text.find('%'), 1, kind);
+    return text;
+}
+
+using Subscribe = bool (PySDKEntry::*)(const DeviceHandle&, ScriptCallback);
+using Unsubscribe = bool (PySDKEntry::*)(const DeviceHandle&);
+
+template <FrameViews::Bus bus, class Callback, class List, Subscribe subscribe>
+void addFilteredSubscribe(py::module_& m, const char* name, const char* kind) {
+    m.def(
+        name,
+        [](const DeviceHandle& handle, const Callback& callback, const List& filter) {
+            checkAddress(handle);
+            PySDKEntry& entry = PySDKEntry::instance();
+            entry.delivery().views().setSubscriptionFilter(
+                handle.deviceInfo.mac, bus, FrameViews::Form::Single, sourceOf(filter));
+            return (entry.*subscribe)(handle, callback.callback);
+        },
+        py::arg("handle"), py::arg("callback"), py::kw_only(), py::arg("filter") = py::none(),
+        (forKind(kSubscribeText, kind) + kFilterText + kSubscribeEnd).c_str());
+}
+
+template <Unsubscribe unsubscribe>
+void addUnsubscribe(py::module_& m, const char* name, const char* kind) {
+    m.def(
+        name,
+        [](const DeviceHandle& handle) {
+            checkAddress(handle);
+            return (PySDKEntry::instance().*unsubscribe)(handle);
+        },
+        py::arg("handle"), forKind(kUnsubscribeText, kind).c_str());
+}
+
+void addDeviceSubscriptions(py::module_& m) {
+    using Bus = FrameViews::Bus;
+    addFilteredSubscribe<Bus::Can, CanCallback, CanList, &PySDKEntry::subscribeCan>(
+        m, "subscribeCanFrame", "CAN");
+    addUnsubscribe<&PySDKEntry::unsubscribeCan>(m, "unsubscribeCanFrame", "CAN");
 }
 
 void addLinSubscriptions(py::module_& m) {
-    m.def(
-        "subscribeLinFrame",
-        [](const DeviceHandle& handle, const LinCallback& callback, const LinList& filter) {
-            checkAddress(handle);
-            setFilter(handle, FrameViews::Bus::Lin, filter);
-            return PySDKEntry::instance().subscribeLin(handle, callback.callback);
-        },
-        py::arg("handle"), py::arg("callback"), py::kw_only(), py::arg("filter") = py::none(),
-        R"(Call a callable with every LIN frame of a box, sent ones included.
-
-Args:
-    handle: the box.
-    callback: takes one frame, which it may keep; None counts and records without a call. It
-        replaces an earlier one and runs on the SDK's own thread, in the order of the time stamps,
-        240 ms after the frame's time. What it raises goes to sys.unraisablehook.
-    filter: only frames that this list passes; None for all.
-
-Returns:
-    bool: True when tracing could be started.
-
-Raises:
-    ValueError: the handle's MAC address is malformed.)");
-    m.def(
-        "unsubscribeLinFrame",
-        [](const DeviceHandle& handle) {
-            checkAddress(handle);
-            return PySDKEntry::instance().unsubscribeLin(handle);
-        },
-        py::arg("handle"),
-        R"(Drop the callable for LIN frames and stop tracing on the box, for all kinds of frames.
-
-Returns:
-    bool: True when tracing could be stopped.
-
-Raises:
-    ValueError: the handle's MAC address is malformed.)");
+    using Bus = FrameViews::Bus;
+    addFilteredSubscribe<Bus::Lin, LinCallback, LinList, &PySDKEntry::subscribeLin>(
+        m, "subscribeLinFrame", "LIN");
+    addUnsubscribe<&PySDKEntry::unsubscribeLin>(m, "unsubscribeLinFrame", "LIN");
 }
 
 void addEthSubscriptions(py::module_& m) {
@@ -126,33 +117,8 @@ void addEthSubscriptions(py::module_& m) {
             return PySDKEntry::instance().subscribeEth(handle, callback.callback);
         },
         py::arg("handle"), py::arg("callback"),
-        R"(Call a callable with every Ethernet frame of a box, sent ones included.
-
-Args:
-    handle: the box.
-    callback: takes one frame, which it may keep; None counts and records without a call. It
-        replaces an earlier one and runs on the SDK's own thread, in the order of the time stamps,
-        240 ms after the frame's time. What it raises goes to sys.unraisablehook.
-
-Returns:
-    bool: True when tracing could be started.
-
-Raises:
-    ValueError: the handle's MAC address is malformed.)");
-    m.def(
-        "unsubscribeEthFrame",
-        [](const DeviceHandle& handle) {
-            checkAddress(handle);
-            return PySDKEntry::instance().unsubscribeEth(handle);
-        },
-        py::arg("handle"),
-        R"(Drop the callable for Ethernet frames and stop tracing on the box, for all kinds of frames.
-
-Returns:
-    bool: True when tracing could be stopped.
-
-Raises:
-    ValueError: the handle's MAC address is malformed.)");
+        (forKind(kSubscribeText, "Ethernet") + kSubscribeEnd).c_str());
+    addUnsubscribe<&PySDKEntry::unsubscribeEth>(m, "unsubscribeEthFrame", "Ethernet");
 }
 
 void addIdSubscriptions(py::module_& m) {

@@ -9,7 +9,7 @@
 #include <set>
 
 #include "ArxmlTestSupport.h"
-#include "common/TextDecoding.h"
+#include "quill_textencoding/TextDecoding.h"
 
 namespace arxmltest {
 namespace {
@@ -67,7 +67,7 @@ const CorpusCase kCases[] = {
 
 // As the program reads it: without byte-order mark.
 Converted convertFile(const std::string& path) {
-    return convertText(quill::dbjson::decodeText(readText(path)));
+    return convertText(quill::text::decodeText(readText(path)));
 }
 
 std::multiset<std::string> asSet(const Json& names) {

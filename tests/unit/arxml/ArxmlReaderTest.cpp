@@ -5,7 +5,7 @@
 #include <random>
 
 #include "ArxmlTestSupport.h"
-#include "common/TextDecoding.h"
+#include "quill_textencoding/TextDecoding.h"
 
 namespace arxmltest {
 namespace {
@@ -365,7 +365,7 @@ TEST(Bombs, spoiltSamplesNeverCrash) {
                 }
             }
             for (const auto format : {quill::arxml::Format::kArxml, quill::arxml::Format::kFibex}) {
-                const auto read = convertText(quill::dbjson::decodeText(spoilt), format);
+                const auto read = convertText(quill::text::decodeText(spoilt), format);
                 EXPECT_NE(read.error.empty(), read.json.is_null()) << "seed " << kSeed;
             }
         }

@@ -28,6 +28,8 @@ int main(int argc, char** argv) {
         return 1;
     }
     if (text.starts_with("!hang")) {
+        // As far as a real one is that has begun to write.
+        std::ofstream(output + ".123456789.tmp", std::ios::binary) << "{";
         for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
     }
     if (text.starts_with("!abort")) std::abort();

@@ -155,6 +155,20 @@ TEST_F(LoadTest, hangingConverterIsEnded) {
     CanDbcDatabaseItem item;
     EXPECT_FALSE(item.pyLoadDB(write("a.dbc", "!hang")));
     EXPECT_NE(item.lastError().find("time was up"), std::string::npos);
+    EXPECT_FALSE(exists("a.json.123456789.tmp"));
+}
+
+// A process that is killed takes its converter along; nobody is left to clean up.
+TEST_F(LoadTest, leftoversOfKilledConvertersGoWithTheNextLoad) {
+    const char* const leftovers[] = {"a.json.1.tmp", "a.json.99999999999999.tmp"};
+    const char* const others[] = {"a.json.tmp",   "a.json..tmp",   "a.json.1x.tmp",
+                                  "b.json.1.tmp", "a.json.1.tmp2", "xa.json.1.tmp"};
+    for (const char* name : leftovers) write(name, "{");
+    for (const char* name : others) write(name, "{");
+    CanDbcDatabaseItem item;
+    EXPECT_TRUE(item.pyLoadDB(write("a.dbc", kOneFrame)));
+    for (const char* name : leftovers) EXPECT_FALSE(exists(name)) << name;
+    for (const char* name : others) EXPECT_TRUE(exists(name)) << name;
 }
 
 TEST_F(LoadTest, waitingCanBeInterrupted) {
@@ -164,6 +178,7 @@ TEST_F(LoadTest, waitingCanBeInterrupted) {
     CanDbcDatabaseItem item;
     EXPECT_FALSE(item.pyLoadDB(write("a.dbc", "!hang")));
     EXPECT_NE(item.lastError().find("interrupted"), std::string::npos);
+    EXPECT_FALSE(exists("a.json.123456789.tmp"));
 }
 
 TEST_F(LoadTest, jsonFileIsReadAsItIsAndStays) {

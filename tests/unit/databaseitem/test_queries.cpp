@@ -144,6 +144,11 @@ TEST_F(QueryTest, contentsAreUtf8) {
                   .value,
               "\xC2\xB0"
               "C \xE2\x82\xAC \xC3\xBC");
+    // As the converters read it: "angle" in the Chinese code, and UTF-16 with its mark.
+    EXPECT_EQ(readCanDBCContents(write("c.dbc", "CM_ \"\xBD\xC7\xB6\xC8\xD6\xB5\";")).value,
+              "CM_ \"\xE8\xA7\x92\xE5\xBA\xA6\xE5\x80\xBC\";");
+    EXPECT_EQ(readCanArxmlContents(write("d.arxml", std::string("\xFF\xFE<\0\xFC\0", 6))).value,
+              "<\xC3\xBC");
     EXPECT_EQ(readCanDBCContents(write("empty.dbc", "")).code, kQueryDone);
     EXPECT_EQ(readCanDBCContents(path("none.dbc")).code, kLoadFailed);
     EXPECT_EQ(readCanDBCContents(path("root")).code, kLoadFailed);

@@ -9,11 +9,11 @@
 #include <vector>
 
 #include "common/Diagnostics.h"
-#include "common/TextDecoding.h"
 #include "dbc/DbcJson.h"
 #include "dbc/DbcReader.h"
 #include "ldf/LdfJson.h"
 #include "ldf/LdfReader.h"
+#include "quill_textencoding/TextDecoding.h"
 
 namespace corpus {
 
@@ -61,7 +61,7 @@ struct Converted {
 
 inline Converted convertDbc(std::string bytes) {
     Converted result;
-    const std::string text = dbjson::decodeText(std::move(bytes));
+    const std::string text = quill::text::decodeText(std::move(bytes));
     const auto model = dbjson::dbc::readDbc(text, result.diagnostics);
     if (result.diagnostics.failed()) return result;
     dbjson::JsonWriter writer;
@@ -72,7 +72,7 @@ inline Converted convertDbc(std::string bytes) {
 
 inline Converted convertLdf(std::string bytes) {
     Converted result;
-    const std::string text = dbjson::decodeText(std::move(bytes));
+    const std::string text = quill::text::decodeText(std::move(bytes));
     const auto model = dbjson::ldf::readLdf(text, result.diagnostics);
     if (result.diagnostics.failed()) return result;
     dbjson::JsonWriter writer;

@@ -77,7 +77,7 @@ INSTANTIATE_TEST_SUITE_P(
                  "/messages/0/comment", "hi"},
         GoodCase{"quoteInText", kOne + "CM_ SG_ 5 one \"a \\\"b\\\" c\";", 1, 0,
                  "/messages/0/signals/0/comment", "a \"b\" c"},
-        GoodCase{"nameWithDigitFirst", "BO_ 1275 2017_5: 8 XXX", 1, 0, "/messages/0/name",
+        GoodCase{"nameWithDigitFirst", "BO_ 1275 2017_5: 8 GTW", 1, 0, "/messages/0/name",
                  "2017_5"},
         GoodCase{"cppComments", "// a\n/* BO_ 1 x: */" + kOne + "// end", 1, 0, "/messages/0/id",
                  5},

@@ -45,14 +45,16 @@ TEST_P(BlfKind, readsBackAsItWasWritten) {
     frame.direction = FrameDirection::Tx;
     frame.id = 0x2A;
     frame.data = data;
-    if (kind.kind == FrameKind::Can || kind.kind == FrameKind::CanError) {
-        frame.dlc = dlcFromLength(kind.length);
-    }
+    const bool hasCode = kind.kind == FrameKind::Can || kind.kind == FrameKind::CanError;
+    if (hasCode || kind.kind == FrameKind::Lin) frame.dlc = dlcFromLength(kind.length);
     if (kind.kind == FrameKind::CanError) {
         frame.direction = FrameDirection::Rx;  // the object has none
         frame.errorFlags = 0xA5C3;
     }
-    if (kind.kind == FrameKind::Lin) frame.checksum = 0xBEEF;
+    if (kind.kind == FrameKind::Lin) {
+        frame.checksum = 0xBEEF;
+        frame.dlc = static_cast<uint8_t>(kind.length);
+    }
     if (kind.kind == FrameKind::FlexRay) {
         frame.channelMask = 2;
         frame.cycle = 63;

@@ -4,6 +4,7 @@
 #include <set>
 #include <sstream>
 
+#include "document/DocumentReader.h"
 #include "document/PlanBuilder.h"
 #include "document/SchemaCheck.h"
 #include "support.h"
@@ -288,6 +289,12 @@ TEST_F(Documents, integersOfTheSchemaHaveBounds) {
     int integers = 0;
     expectBounds(jsonFile("platform/simcore/network.schema.json"), integers);
     EXPECT_GT(integers, 15);
+}
+
+// It is read without being checked.
+TEST_F(Documents, theBuiltInNetworkFitsTheSchema) {
+    const auto document = nlohmann::json::parse(simcore::document::builtInNetwork());
+    EXPECT_EQ(simcore::document::checkAgainstSchema(document), "");
 }
 
 TEST_F(Documents, hugeOnesWithMistakesAreRefusedWithinBounds) {

@@ -5,7 +5,7 @@
 
 #include "common/InputFile.h"
 #include "common/OutputFile.h"
-#include "common/TextDecoding.h"
+#include "quill_textencoding/TextDecoding.h"
 
 namespace quill::dbjson {
 
@@ -43,8 +43,9 @@ int convertFile(const std::string& inputPath, const std::string& outputPath, Inp
         if (!bytes) return failFile(inputPath, error);
         if (bytes->empty()) return failFile(inputPath, "the file is empty");
         if (inputText == InputText::Guessed) {
-            if (const auto refusal = refuseAsText(*bytes)) return failFile(inputPath, *refusal);
-            *bytes = decodeText(std::move(*bytes));
+            if (const auto refusal = text::refuseAsText(*bytes))
+                return failFile(inputPath, *refusal);
+            *bytes = text::decodeText(std::move(*bytes));
         }
         return convertText(inputPath, outputPath, *bytes, convert);
     } catch (const std::bad_alloc&) {

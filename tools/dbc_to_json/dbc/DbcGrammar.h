@@ -3,6 +3,7 @@
 #include <cstring>
 #include <tao/pegtl.hpp>
 
+#include "common/TextGrammar.h"
 #include "dbc/DbcTokens.h"
 
 // The grammar of one statement, without its keyword. Names are read generously: public databases
@@ -10,13 +11,9 @@
 namespace quill::dbjson::dbc::grammar {
 
 namespace pegtl = tao::pegtl;
-
-struct LineComment : pegtl::seq<pegtl::string<'/', '/'>, pegtl::until<pegtl::eolf>> {};
-// An open comment ends with the file. Failing here instead would read to the end again and again.
-struct BlockComment : pegtl::seq<pegtl::string<'/', '*'>,
-                                 pegtl::until<pegtl::sor<pegtl::string<'*', '/'>, pegtl::eof>>> {};
-struct Space : pegtl::one<' ', '\t', '\r', '\n', '\f', '\v'> {};
-struct Blank : pegtl::star<pegtl::sor<pegtl::plus<Space>, LineComment, BlockComment>> {};
+using dbjson::grammar::Blank;
+using dbjson::grammar::Sign;
+using dbjson::grammar::UnsignedDecimal;
 
 struct WordCharacter : pegtl::ranges<'a', 'z', 'A', 'Z', '0', '9', '_', '_', '\x80', '\xff', '.',
                                      '.', '-', '-', '$', '$'> {};
@@ -36,20 +33,16 @@ struct PlainWord {
     }
 };
 
-struct Sign : pegtl::one<'+', '-'> {};
-struct Exponent : pegtl::seq<pegtl::one<'e', 'E'>, pegtl::opt<Sign>, pegtl::plus<pegtl::digit>> {};
-struct Decimal : pegtl::seq<pegtl::plus<pegtl::ranges<'0', '9', '.', '.'>>, pegtl::opt<Exponent>> {
-};
 // What C libraries print for values that are no numbers: inf, nan, 1.#INF, 1.#QNAN.
 struct NotFinite
     : pegtl::seq<pegtl::sor<pegtl::istring<'i', 'n', 'f'>, pegtl::istring<'n', 'a', 'n'>,
                             pegtl::string<'1', '.', '#'>>,
                  pegtl::star<pegtl::alnum>> {};
-struct Number : pegtl::seq<pegtl::opt<Sign>, pegtl::sor<NotFinite, Decimal>> {};
+struct Number : pegtl::seq<pegtl::opt<Sign>, pegtl::sor<NotFinite, UnsignedDecimal>> {};
 struct Unsigned : pegtl::plus<pegtl::digit> {};
 // The limits of a signal may be left out.
-struct NumberOrNothing : pegtl::opt<pegtl::seq<pegtl::opt<Sign>, pegtl::sor<NotFinite, Decimal>>> {
-};
+struct NumberOrNothing
+    : pegtl::opt<pegtl::seq<pegtl::opt<Sign>, pegtl::sor<NotFinite, UnsignedDecimal>>> {};
 
 // Text in quotes, from quote to quote. A quote after an odd number of backslashes is part of it.
 struct Quoted {

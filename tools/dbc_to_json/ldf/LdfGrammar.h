@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <tao/pegtl.hpp>
 
+#include "common/TextGrammar.h"
 #include "ldf/LdfTokens.h"
 
 // The grammar of a whole LIN description file. It takes blanks anywhere, sections in any order,
@@ -10,23 +11,16 @@
 namespace quill::dbjson::ldf::grammar {
 
 namespace pegtl = tao::pegtl;
-
-struct LineComment : pegtl::seq<pegtl::string<'/', '/'>, pegtl::until<pegtl::eolf>> {};
-// An open comment ends with the file, where the statement around it is then missed.
-struct BlockComment : pegtl::seq<pegtl::string<'/', '*'>,
-                                 pegtl::until<pegtl::sor<pegtl::string<'*', '/'>, pegtl::eof>>> {};
-struct Blank : pegtl::star<pegtl::sor<pegtl::plus<pegtl::space>, LineComment, BlockComment>> {};
+using dbjson::grammar::Blank;
+using dbjson::grammar::Sign;
+using dbjson::grammar::UnsignedDecimal;
 
 struct NameCharacter
     : pegtl::ranges<'a', 'z', 'A', 'Z', '0', '9', '_', '_', '\x80', '\xff', '$', '$'> {};
 struct Name : pegtl::plus<NameCharacter> {};
 struct Hexadecimal : pegtl::seq<pegtl::one<'0'>, pegtl::one<'x', 'X'>, pegtl::plus<pegtl::xdigit>> {
 };
-struct Exponent : pegtl::seq<pegtl::one<'e', 'E'>, pegtl::opt<pegtl::one<'+', '-'>>,
-                             pegtl::plus<pegtl::digit>> {};
-struct Decimal : pegtl::seq<pegtl::opt<pegtl::one<'+', '-'>>,
-                            pegtl::plus<pegtl::ranges<'0', '9', '.', '.'>>, pegtl::opt<Exponent>> {
-};
+struct Decimal : pegtl::seq<pegtl::opt<Sign>, UnsignedDecimal> {};
 // A name may begin with a digit in the wild; a number is one only when no letter follows.
 struct Number : pegtl::seq<pegtl::sor<Hexadecimal, Decimal>, pegtl::not_at<NameCharacter>> {};
 struct NumberWithUnit : pegtl::sor<Hexadecimal, Decimal> {};

@@ -3,9 +3,11 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 #include <span>
 
+#include "quill_traceformats/bytes.h"
 #include "quill_traceformats/calendar_time.h"
 
 // Fixed parts of BLF files: file header, object headers, container header. All numbers are little
@@ -108,7 +110,17 @@ struct BlfObjectHeader {
 };
 
 // Writes the 32 bytes of a version 1 header.
-void encodeBlfObjectHeader(const BlfObjectHeader& header, uint8_t* out);
+inline void encodeBlfObjectHeader(const BlfObjectHeader& header, uint8_t* out) {
+    std::memcpy(out, kBlfObjectSignature.data(), kBlfObjectSignature.size());
+    storeU16(out + 4, header.headerSize);
+    storeU16(out + 6, header.headerVersion);
+    storeU32(out + 8, header.objectSize);
+    storeU32(out + 12, header.type);
+    storeU32(out + 16, header.flags);
+    storeU16(out + 20, header.clientIndex);
+    storeU16(out + 22, header.objectVersion);
+    storeU64(out + 24, header.timestamp);
+}
 
 // Base header alone (containers, or to learn the size). Empty when 16 bytes with the signature are
 // not there, or when the sizes contradict each other (object shorter than its header).

@@ -1144,6 +1144,102 @@ class RecordingStatus:
     def __copy__(self) -> RecordingStatus: ...
     def __deepcopy__(self, memo: dict[int, object]) -> RecordingStatus: ...
 
+class HandOverCounters:
+    """Frames that one hand-over has seen since the start. At any quiet moment received = delivered + held + dropped.
+    """
+    @property
+    def received(self) -> int:
+        """Frames that came in."""
+    @property
+    def delivered(self) -> int:
+        """Frames that were handed on."""
+    @property
+    def held(self) -> int:
+        """Frames that wait here now."""
+    @property
+    def dropped(self) -> int:
+        """Frames that end here."""
+    def __copy__(self) -> HandOverCounters: ...
+    def __deepcopy__(self, memo: dict[int, object]) -> HandOverCounters: ...
+
+class ChannelCounters:
+    """Traffic of one channel of a box."""
+    @property
+    def bus(self) -> str:
+        """CAN, LIN, ETH or FLEXRAY."""
+    @property
+    def channel(self) -> int:
+        """Index, counted from 0 per kind of bus."""
+    @property
+    def name(self) -> str:
+        """Name as getChannelNames gives it."""
+    @property
+    def received(self) -> int:
+        """Frames read from the box, its own transmissions included."""
+    @property
+    def busLoad(self) -> float:
+        """Percent of the last whole second that the bus was busy, stuff bits left out."""
+    def __copy__(self) -> ChannelCounters: ...
+    def __deepcopy__(self, memo: dict[int, object]) -> ChannelCounters: ...
+
+class DeviceCounters:
+    """Hand-overs and channels of one box."""
+    @property
+    def mac(self) -> str:
+        """MAC address, or serial number of a USB device."""
+    @property
+    def name(self) -> str:
+        """Name of the box."""
+    @property
+    def library(self) -> HandOverCounters:
+        """Queue in the box; frames are dropped when it is full or tracing stops."""
+    @property
+    def readers(self) -> HandOverCounters:
+        """Reader threads; frames are dropped when nobody has subscribed."""
+    @property
+    def clockOffsetUs(self) -> int:
+        """Clock of the box less clock of the host in microseconds, some milliseconds too small for the way of a frame; 0 before the first frame.
+        """
+    @property
+    def channels(self) -> list[ChannelCounters]:
+        """ChannelCounters of all channels."""
+    def __copy__(self) -> DeviceCounters: ...
+    def __deepcopy__(self, memo: dict[int, object]) -> DeviceCounters: ...
+
+class Counters:
+    """Every hand-over on the road of the frames: library, readers, resort, dispatch, delivery. What one has delivered, the next has received.
+    """
+    @property
+    def library(self) -> HandOverCounters:
+        """Queues of all boxes, those that are gone included."""
+    @property
+    def readers(self) -> HandOverCounters:
+        """Reader threads of all boxes, those that are gone included."""
+    @property
+    def resort(self) -> HandOverCounters:
+        """Buffer that holds frames for 240 ms and merges all boxes in time order."""
+    @property
+    def dispatch(self) -> HandOverCounters:
+        """Dispatch thread; frames are dropped after exit()."""
+    @property
+    def delivery(self) -> HandOverCounters:
+        """Callables: delivered to one or more, held for a list, dropped when no callable wants the frame. Recording takes its frames before.
+        """
+    @property
+    def calls(self) -> int:
+        """Calls of callables, one for each frame or list."""
+    @property
+    def callbackErrors(self) -> int:
+        """Calls that raised."""
+    @property
+    def backlogAgeUs(self) -> int:
+        """Microseconds that the oldest waiting frame is late; near 0 when scripts keep up."""
+    @property
+    def devices(self) -> list[DeviceCounters]:
+        """DeviceCounters of the known boxes."""
+    def __copy__(self) -> Counters: ...
+    def __deepcopy__(self, memo: dict[int, object]) -> Counters: ...
+
 def load() -> None:
     """Make the SDK ready and start to look for boxes. Further calls do nothing.
 
@@ -1905,6 +2001,39 @@ def disableDataRecording() -> None:
 
 def getRecordingStatus() -> RecordingStatus:
     """Progress of the running recording, else of the last one."""
+
+def subscribeCanFrames(
+    handle: DeviceHandle,
+    callback: Callable[[list[CANRawFrame]], object] | None,
+    *,
+    maxFrames: int = ...,
+    maxDelayMs: int = ...,
+    filter: CANFrameFilterList | None = None,
+) -> bool:
+    """Call a callable with lists of the CAN frames of a box, in time order, sent ones included; it replaces an earlier one of this kind. A list is handed over when it holds maxFrames (1 to 100000) frames or its first one has waited about maxDelayMs (0 to 10000). The interpreter is entered once a list, so this keeps up with a busy bus beside script threads that compute. With a filter list, only frames that it passes. True when tracing could be started.
+    """
+
+def unsubscribeCanFrames(handle: DeviceHandle) -> bool:
+    """Drop the callable that takes lists; frames that wait for it are dropped with it. Tracing stops with the box's last subscription, unless a recording runs. True when that went well.
+    """
+
+def subscribeLinFrames(
+    handle: DeviceHandle,
+    callback: Callable[[list[LinFrame]], object] | None,
+    *,
+    maxFrames: int = ...,
+    maxDelayMs: int = ...,
+    filter: LINFrameFilterList | None = None,
+) -> bool:
+    """Call a callable with lists of the LIN frames of a box, in time order, sent ones included; it replaces an earlier one of this kind. A list is handed over when it holds maxFrames (1 to 100000) frames or its first one has waited about maxDelayMs (0 to 10000). The interpreter is entered once a list, so this keeps up with a busy bus beside script threads that compute. With a filter list, only frames that it passes. True when tracing could be started.
+    """
+
+def unsubscribeLinFrames(handle: DeviceHandle) -> bool:
+    """Drop the callable that takes lists; frames that wait for it are dropped with it. Tracing stops with the box's last subscription, unless a recording runs. True when that went well.
+    """
+
+def getCounters() -> Counters:
+    """Counters of all hand-overs between the boxes and the callables, since the start."""
 
 def getChannelNames(handle: DeviceHandle) -> list[str]:
     """Names of a box's channels, for filter lists.

@@ -1,4 +1,4 @@
-#include "common/TextDecoding.h"
+#include "quill_textencoding/TextDecoding.h"
 
 #include <array>
 #include <cstdint>
@@ -6,7 +6,7 @@
 
 #include "quill_os/text.h"
 
-namespace quill::dbjson {
+namespace quill::text {
 
 namespace {
 
@@ -206,4 +206,4 @@ std::optional<std::string> refuseAsText(std::string_view bytes) {
     return std::nullopt;
 }
 
-}  // namespace quill::dbjson
+}  // namespace quill::text

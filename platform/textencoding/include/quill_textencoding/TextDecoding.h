@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace quill::dbjson {
+namespace quill::text {
 
 enum class TextEncoding { Utf8, Utf16LittleEndian, Utf16BigEndian, Windows1252, Gb18030 };
 
@@ -23,4 +23,4 @@ enum class TextEncoding { Utf8, Utf16LittleEndian, Utf16BigEndian, Windows1252, 
 // Why these bytes can be no text file at all (none, or zero bytes among them); empty when they can.
 [[nodiscard]] std::optional<std::string> refuseAsText(std::string_view bytes);
 
-}  // namespace quill::dbjson
+}  // namespace quill::text

@@ -10,6 +10,7 @@ end the run with status 1. The printed seed repeats every actor's sequence of op
 import argparse
 import pathlib
 import random
+import signal
 import sys
 import tempfile
 
@@ -42,6 +43,7 @@ def parse():
 
 def main():
     options = parse()
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(143))
     with tempfile.TemporaryDirectory(prefix="quill-soak-") as folder:
         return Supervisor(options, pathlib.Path(folder)).run()
 

@@ -85,7 +85,7 @@ class UsesModule(Counting):
         self.choice = choice
 
     def act(self, frame):
-        if self.count % 50 != 1:
+        if self.count % 50 != 1 or self.run.resting:
             return
         sdk, run = self.run.sdk, self.run
         calls = [

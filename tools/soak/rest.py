@@ -25,13 +25,19 @@ class RestPoints:
 
     def take(self):
         """Called while no operation runs. The traffic is stopped and started again."""
+        self._run.resting = True  # callables that work off a backlog start nothing new
         self._stop_traffic()
         self._witness.pause()
         quiet = self._wait_until_quiet()
         if not quiet:
-            self._run.ledger.fail("rest", "frames still move a minute after the traffic stopped")
+            before = self._run.sdk.getCounters()
+            time.sleep(1)
+            self._run.ledger.fail(
+                "rest", f"frames still move {PATIENCE_S} s after the traffic stopped: {before}, a "
+                f"second later {self._run.sdk.getCounters()}")
         self._look(quiet)
         self._witness.resume()
+        self._run.resting = False
 
     def _stop_traffic(self):
         sdk, run = self._run.sdk, self._run

@@ -39,9 +39,12 @@ class Teller:
         self._lock = threading.Lock()
 
     def tell(self, event, **fields):
-        with self._lock:
-            self._file.write(json.dumps({"event": event} | fields) + "\n")
-            self._file.flush()
+        try:
+            with self._lock:
+                self._file.write(json.dumps({"event": event} | fields) + "\n")
+                self._file.flush()
+        except BrokenPipeError:
+            os._exit(3)  # the supervisor is gone
 
 
 class Run:
@@ -52,6 +55,7 @@ class Run:
         self.memory_bound_mib = options.memory_bound
         self.ledger = Ledger()
         self.over = False
+        self.resting = False
         self.raised = 0
         self.seen_counters = None
         self._teller = teller
@@ -198,25 +202,30 @@ def perform(run, options, teller):
     return points.taken
 
 
+def end_actors(run, gate, cast, options):
+    run.end()
+    gate.end()
+    for actor in cast:
+        actor.join(options.hang_after)
+        if actor.is_alive():
+            run.ledger.fail("end", f"{actor.name} does not end")
+
+
 def close_module(run, gate, cast, options):
     """By its seed, a run closes the module in the midst of the operations, after them, or leaves
     that to the interpreter's end."""
     end = ["in the midst", "after", "never"][options.seed % 3]
-    if end == "never":
-        run.end()
-        return
-    if end == "after":
-        run.end()
-        gate.end()
-        for actor in cast:
-            actor.join(options.hang_after)
-    elif options.network:
+    if options.network:
         run.pause(1.0)  # traffic again
+    if end != "in the midst":
+        end_actors(run, gate, cast, options)
+        if options.network:  # it is for the end to complete the file
+            run.sdk.enableDataRecording(run.new_recording("blf"), [], 0)
+        if end == "never":
+            return
     run.end()
     run.sdk.exit()
-    gate.end()
-    for actor in cast:
-        actor.join(options.hang_after)
+    end_actors(run, gate, cast, options)
     left = leftover_threads()
     if left:
         run.ledger.fail("end", f"threads live on after exit(): {left}")

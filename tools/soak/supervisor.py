@@ -39,7 +39,12 @@ class Supervisor:
         checker = threading.Thread(target=self._check_files, daemon=True)
         checker.start()
         processes = self._start()
-        self._watch(processes)
+        try:
+            self._watch(processes)
+        finally:  # Ctrl-C ends the others, too
+            for process in processes:
+                if not process.ended():
+                    process.kill()
         for process in processes:
             self._look_at_end(process)
         self._files.put(None)

@@ -177,6 +177,26 @@ TEST_F(Buses, clocksOfBoxesDiffer) {
     EXPECT_NEAR(static_cast<double>(other) - static_cast<double>(own), -1'900'000.0, 1000.0);
 }
 
+// A frame may carry an earlier stamp than the moment at which the clock of its box was changed,
+// when the machine was busy or its own clock was set back. It must not land days away.
+TEST_F(Buses, aClockThatDriftsTakesEarlierFrames) {
+    load(R"({"boxes": [{"name": "A", "channels": {"can": ["b"]}},
+                       {"name": "B", "channels": {"can": ["b"]}}]})");
+    const auto handles = scan();
+    for (const int32_t handle : handles) {
+        ASSERT_EQ(open_device(handle), 0);
+        ASSERT_EQ(start_trace(handle), 0);
+    }
+    ASSERT_TRUE(simcore::setClock("B", 0, 100.0));
+    simcore::useManualClock(kStartNs - 1000 * kMs);
+    const RvCanFrame frame = canFrame(1, {});
+    ASSERT_EQ(send_can_frame_once(handles[0], &frame), 0);
+    const uint64_t own = stampOf(readCan(handles[0]).at(0));
+    const uint64_t other = stampOf(readCan(handles[1]).at(0));
+    EXPECT_EQ(own, kStartNs - 1000 * kMs);
+    EXPECT_NEAR(static_cast<double>(other) - static_cast<double>(own), -100'000.0, 1000.0);
+}
+
 TEST_F(Buses, theFaultTimetableIsPlayed) {
     load(R"({"boxes": [{"name": "A", "channels": {"can": ["b"]}}], "seed": 3,
              "faults": [{"at_ms": 10, "do": "busOff", "box": "A"},

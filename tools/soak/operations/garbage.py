@@ -11,6 +11,13 @@ CLEAN = (TypeError, ValueError, OverflowError, AttributeError, IndexError, KeyEr
 EXCLUDED = {"exit", "load"}
 
 
+class Anything:
+    """A class, which is callable, too; as a frame callable it does no harm."""
+
+    def __init__(self, *_arguments, **_keywords):
+        pass
+
+
 def garbage_value(run, rng):
     sdk = run.sdk
     pool = [
@@ -19,7 +26,7 @@ def garbage_value(run, rng):
         lambda: "", lambda: "\0", lambda: "/nonexistent/file.dbc", lambda: "\ud800",
         lambda: "/nonexistent/" + "x" * 5000, lambda: b"", lambda: b"\xff" * 65, lambda: [],
         lambda: [300], lambda: [None], lambda: ["a"], lambda: [[1]], lambda: (), lambda: {},
-        lambda: object(), lambda: int, lambda: lambda *a: None, lambda: range(70),
+        lambda: object(), lambda: Anything, lambda: lambda *a: None, lambda: range(70),
         lambda: run.absent, lambda: run.some_flaky_handle(rng), sdk.DeviceHandle,
         lambda: sdk.DeviceHandle(deviceInfo=sdk.RVBoxDeviceInfo(mac="no address")),
         sdk.CANRawFrame, lambda: sdk.CANRawFrame(id=2**32 - 1, data=bytes(64)), sdk.LinFrame,

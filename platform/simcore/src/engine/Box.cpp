@@ -174,7 +174,9 @@ void Box::setClock(int64_t offsetNs, double driftPpm) {
 uint64_t Box::boxTime(uint64_t wallNs) const {
     int64_t shift = m_clockOffsetNs;
     if (m_clockDrift != 0.0) {
-        shift += static_cast<int64_t>(static_cast<double>(wallNs - m_driftFrom) * m_clockDrift);
+        // Negative for a frame that was on its bus before the clock was changed and is seen later.
+        const auto since = static_cast<int64_t>(wallNs - m_driftFrom);
+        shift += static_cast<int64_t>(static_cast<double>(since) * m_clockDrift);
     }
     return wallNs + static_cast<uint64_t>(shift);
 }

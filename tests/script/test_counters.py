@@ -124,6 +124,39 @@ def test_bus_load_and_clock_offset(run_script):
     assert 3_000_000 < offset_us <= 5_000_000
 
 
+BEHIND = """
+    import threading
+    import QuillScriptsSDK as q
+    handle = q.getDeviceList(q.DeviceType.All, 20000)[0]
+    gate, tick = threading.Event(), threading.Event()
+    q.subscribeCanFrame(handle, lambda frame: gate.wait())
+    ages = []
+    def until(reached):
+        while not reached():
+            tick.wait(0.01)
+            ages.append(q.getCounters().backlogAgeUs)
+    until(lambda: ages and ages[-1] > 800_000)
+    gate.set()
+    until(lambda: ages[-1] < 20_000 and q.getCounters().calls > 500)
+    print(q.getCounters().calls)
+    q.exit()
+"""
+
+
+def test_one_log_line_tells_of_a_backlog(run_script, tmp_path):
+    network = {
+        "boxes": [{"name": "bench", "mac": "02:00:00:00:00:0A", "serial": "SN-1",
+                   "channels": {"can": ["bus"]}}],
+        "buses": {"bus": {"kind": "can"}},
+        "sources": [{"bus": "bus", "periodic": {"id": 1, "data": [0] * 8, "period_ms": 1}}],
+    }
+    script = run_script(BEHIND, network, LocalAPPDATA=str(tmp_path))
+    assert script.status == 0, script.err
+    lines = (tmp_path / "RV/Quill/log/QuillScriptsSDK.log").read_text().splitlines()
+    warnings = [line for line in lines if "delivery to scripts is behind: " in line]
+    assert len(warnings) == 1 and "[warning]" in warnings[0]
+
+
 def test_records_read_well_and_copy(sdk, box):
     import copy
 

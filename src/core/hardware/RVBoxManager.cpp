@@ -221,12 +221,14 @@ DeviceHub::Device RVBoxManager::Impl::removeDevice(const std::string& deviceId) 
         if (found == devices.end()) return nullptr;
         device = std::move(found->device);
         devices.erase(found);
+        leaving.push_back(device);
     }
     device->setTraceSink({});
     configManager->forget(deviceId);
     const HandOver library = device->libraryCounters();
     const HandOver readers = device->readerCounters();
     const std::lock_guard lock(mutex);
+    std::erase(leaving, device);
     goneLibrary += library;
     goneReaders += readers;
     // What the box still held is lost with it.

@@ -86,11 +86,17 @@ std::vector<ChannelCounters> channelCounters(const ListedDevice& entry,
 RoadCounters RVBoxManager::counters() const {
     RoadCounters counters;
     std::vector<ListedDevice> devices;
+    std::vector<DeviceHub::Device> leaving;
     {
         const std::lock_guard lock(m_impl->mutex);
         counters.library = m_impl->goneLibrary;
         counters.readers = m_impl->goneReaders;
         devices = m_impl->devices;
+        leaving = m_impl->leaving;
+    }
+    for (const DeviceHub::Device& device : leaving) {
+        counters.library += device->libraryCounters();
+        counters.readers += device->readerCounters();
     }
     for (const ListedDevice& entry : devices) {
         DeviceCounters& device = counters.devices.emplace_back();

@@ -39,6 +39,8 @@ struct RVBoxManager::Impl {
 
     mutable std::mutex mutex;
     std::vector<ListedDevice> devices;  // guarded by mutex, in the order found
+    // Devices on their way out: no longer listed, not yet in the sums. Guarded by mutex.
+    std::vector<DeviceHub::Device> leaving;
     // Sums of the devices that are gone, so that the road's counters never run backwards.
     HandOver goneLibrary;   // guarded by mutex
     HandOver goneReaders;   // guarded by mutex

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
 #include <thread>
 
 #include "VirtualBoxes.h"
@@ -111,6 +113,30 @@ TEST_F(VirtualBoxes, dropsALostBoxAndFindsItAgain) {
     EXPECT_TRUE(counters.library.balanced());
     EXPECT_EQ(counters.library.out, 4U);
     EXPECT_EQ(counters.readers.in, 4U);
+}
+
+TEST_F(VirtualBoxes, countersDoNotFallWhileABoxLeaves) {
+    ASSERT_TRUE(waitForBoxes(1));
+    auto collector = subscribe();
+    ASSERT_EQ(manager->sendCanFrame(kBox, canFrame(1, {1})), BoxResult::Done);
+    ASSERT_TRUE(collector->waitFor(2));
+    std::atomic<bool> gone{false};
+    uint64_t least = 2;
+    std::thread reader([&] {
+        while (!gone) {
+            const RoadCounters counters = manager->counters();
+            least = std::min({least, counters.library.out, counters.readers.in});
+        }
+    });
+    for (int round = 0; round < 5; ++round) {
+        ASSERT_TRUE(simcore::unplug("A"));
+        ASSERT_TRUE(waitForBoxes(0));
+        ASSERT_TRUE(simcore::plug("A"));
+        ASSERT_TRUE(waitForBoxes(1));
+    }
+    gone = true;
+    reader.join();
+    EXPECT_EQ(least, 2U);
 }
 
 TEST_F(VirtualBoxes, countsWhatABoxDeliveredThatDoesNotTellItsCounters) {

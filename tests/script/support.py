@@ -23,3 +23,20 @@ class Inbox:
             done = self._changed.wait_for(lambda: len(self.frames) >= count, TIMEOUT_S)
         assert done, f"{len(self.frames)} of {count} frames"
         return list(self.frames)
+
+
+HAND_OVERS = ["library", "readers", "resort", "dispatch", "delivery"]
+
+
+def quiet_counters(sdk, box):
+    """Ends the subscriptions of a box and answers the counters once no frame is on the road."""
+    sdk.unsubscribeCanFrames(box)
+    sdk.unsubscribeLinFrames(box)
+    sdk.unsubscribeLinFrame(box)
+    sdk.unsubscribeCanFrame(box)
+    wake = threading.Event()
+    counters = sdk.getCounters()
+    while any(getattr(counters, name).held for name in HAND_OVERS):
+        wake.wait(0.02)
+        counters = sdk.getCounters()
+    return counters

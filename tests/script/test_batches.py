@@ -3,7 +3,7 @@ import threading
 
 import pytest
 
-from support import TIMEOUT_S, Inbox
+from support import TIMEOUT_S, Inbox, quiet_counters
 
 
 class ListInbox:
@@ -39,10 +39,9 @@ def send(sdk, box):
 
 @pytest.fixture(autouse=True)
 def silence(sdk, box):
+    quiet_counters(sdk, box)
     yield
-    sdk.unsubscribeCanFrames(box)
-    sdk.unsubscribeLinFrames(box)
-    sdk.unsubscribeCanFrame(box)
+    quiet_counters(sdk, box)
 
 
 def test_lists_hold_every_frame_in_time_order_within_their_bound(sdk, box, send):

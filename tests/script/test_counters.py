@@ -1,11 +1,7 @@
 """Counters of the road from the boxes to the callables."""
-import threading
-
 import pytest
 
-from support import Inbox
-
-HAND_OVERS = ["library", "readers", "resort", "dispatch", "delivery"]
+from support import HAND_OVERS, Inbox, quiet_counters
 
 
 def check_balance(counters):
@@ -18,20 +14,8 @@ def check_balance(counters):
 
 @pytest.fixture
 def quiet(sdk, box):
-    """Ends the subscriptions and answers the counters once nothing is on the road any more."""
-
-    def wait():
-        sdk.unsubscribeCanFrame(box)
-        sdk.unsubscribeLinFrame(box)
-        wake = threading.Event()
-        counters = sdk.getCounters()
-        while any(getattr(counters, name).held for name in HAND_OVERS):
-            wake.wait(0.02)
-            counters = sdk.getCounters()
-        return counters
-
-    yield wait
-    sdk.unsubscribeCanFrame(box)
+    yield lambda: quiet_counters(sdk, box)
+    quiet_counters(sdk, box)
 
 
 def test_sums_balance_under_load_with_raising_and_slow_callables(sdk, box, quiet, monkeypatch):

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstdint>
+#include <span>
+
 #include "TraceFiles.h"
 
 namespace quill::bench {
@@ -8,6 +11,6 @@ namespace quill::bench {
 void runParseBenches(const TraceFiles& files, int rounds);
 // The whole pipeline against a bare insert loop, and its memory against the size of the file.
 void runImportBenches(const TraceFiles& files, int rounds);
-void runMemoryBench(const TraceFiles& files, uint64_t smallFrames, uint64_t largeFrames);
+void runMemoryBench(const TraceFiles& files, std::span<const uint64_t> frameCounts);
 
 }  // namespace quill::bench

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <span>
 #include <string>
 
 #include "Benches.h"
@@ -74,25 +75,20 @@ void runImportBenches(const TraceFiles& files, int rounds) {
     }
 }
 
-void runMemoryBench(const TraceFiles& files, uint64_t smallFrames, uint64_t largeFrames) {
+void runMemoryBench(const TraceFiles& files, std::span<const uint64_t> frameCounts) {
     const std::string path = files.path("large.blf");
     const std::string database = files.path("large.qtrace");
-    // The parts before this one have raised the peak; the system resets it on request.
-    std::ofstream("/proc/self/clear_refs") << "5";
-    makeLargeBlf(path, smallFrames);
-    (void)importFile(path, database);
-    const auto smallBytes = std::filesystem::file_size(path);
-    const double small = peakMemory();
-    std::ofstream("/proc/self/clear_refs") << "5";
-    makeLargeBlf(path, largeFrames);
-    (void)importFile(path, database);
-    const double large = peakMemory();
-    fmt::print(
-        "memory while importing\n  {:>8.0f} MB file: {:.0f} MiB\n  {:>8.0f} MB file: {:.0f} MiB\n",
-        static_cast<double>(smallBytes) / 1e6, small,
-        static_cast<double>(std::filesystem::file_size(path)) / 1e6, large);
-    std::filesystem::remove(path);
-    std::filesystem::remove(database);
+    fmt::print("memory while importing\n");
+    for (const uint64_t frames : frameCounts) {
+        makeLargeBlf(path, frames);
+        // What came before has raised the peak; the system resets it on request.
+        std::ofstream("/proc/self/clear_refs") << "5";
+        (void)importFile(path, database);
+        fmt::print("  {:>8.0f} MB file: {:.0f} MiB\n",
+                   static_cast<double>(std::filesystem::file_size(path)) / 1e6, peakMemory());
+        std::filesystem::remove(path);
+        std::filesystem::remove(database);
+    }
 }
 
 }  // namespace quill::bench

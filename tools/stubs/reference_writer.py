@@ -15,7 +15,7 @@ class Subject:
 SUBJECTS = [
     Subject("Life cycle", "guide.md#first-script", r"load|exit", r"$^"),
     Subject("Boxes", "guide.md#boxes-and-their-configuration",
-            r"[gs]etDevice.*|getChannelNames", r"Device.*|DipData|RVBox.*|Box.*|.*ChannelConfig"),
+            r"[gs]etDevice.*|getChannelNames", r"Device(?!Counters).*|DipData|RVBox.*|Box.*|.*ChannelConfig"),
     Subject("Counters", "guide.md#counters", r".*(Counter|Statistic|BusLoad).*",
             r".*(Counter|Statistic|BusLoad).*"),
     Subject("Receiving", "guide.md#receiving", r"(un)?subscribe.*|getCanFrameCount.*",

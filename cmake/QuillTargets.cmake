@@ -17,7 +17,7 @@ target_compile_options(quill_warnings INTERFACE
     $<$<CXX_COMPILER_ID:MSVC>:/W4;/utf-8;/permissive-;/Zc:__cplusplus;/bigobj>)
 # GCC 12 sees overlapping copies in its own std::string at -O3 (its bug 105651).
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-    target_compile_options(quill_warnings INTERFACE -Wno-restrict)
+    target_compile_options(quill_warnings INTERFACE $<$<CONFIG:Release>:-Wno-restrict>)
 endif()
 # The system's header defines min and max as macros otherwise, and the C library's own functions
 # count as unsafe.

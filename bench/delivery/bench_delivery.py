@@ -261,9 +261,9 @@ def main():
     options = parser.parse_args()
     build = options.build.resolve()
     if options.only in (None, "floor"):
-        bench_floor(build, options.rounds)
+        bench_floor(build, 3 * options.rounds)
     if options.only in (None, "filter"):
-        bench_filter(build, options.rounds)
+        bench_filter(build, 2 * options.rounds)
     with tempfile.TemporaryDirectory() as appdata:
         if options.only in (None, "road"):
             bench_end_to_end(build, appdata, options.peer, options.rounds)

@@ -100,7 +100,7 @@ Returns:
 
 // Texts that the calls for DBC and for ARXML files share.
 constexpr const char* kContentsText =
-    R"(Text of a database file; what is not UTF-8 is taken for Windows-1252.
+    R"(Text of a database file, whose encoding is guessed: UTF-8, UTF-16, GB18030 or Windows-1252.
 
 Returns:
     (code, text): code 0 done, 1 the file cannot be loaded; the log gives the reason.)";

@@ -1483,14 +1483,14 @@ def parseSignalValue(data: list[int], isBigEndian: bool, startBit: int, bitLengt
     """
 
 def readCanDBCContents(path: str) -> tuple[int, str]:
-    """Text of a database file; what is not UTF-8 is taken for Windows-1252.
+    """Text of a database file, whose encoding is guessed: UTF-8, UTF-16, GB18030 or Windows-1252.
 
     Returns:
         (code, text): code 0 done, 1 the file cannot be loaded; the log gives the reason.
     """
 
 def readCanArxmlContents(path: str) -> tuple[int, str]:
-    """Text of a database file; what is not UTF-8 is taken for Windows-1252.
+    """Text of a database file, whose encoding is guessed: UTF-8, UTF-16, GB18030 or Windows-1252.
 
     Returns:
         (code, text): code 0 done, 1 the file cannot be loaded; the log gives the reason.
